@@ -1,0 +1,41 @@
+// What the program needs of its host beyond the standard library. One source a host: posix.cpp.
+//
+// Keys and lines come from one stream, the standard input, in the order in which they were typed
+// or piped in; both kinds of read share one buffer, so that they can alternate without losing a
+// byte. The terminal is in line mode with echo except while a key is awaited, and it is put back
+// as it was found behind each wait, at the end of the program and when a signal stops it.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "session/misc.h"
+
+namespace mox {
+
+constexpr int keyEnd = -1;  // _getch at the end of the input
+
+// Called once at start: the console interprets ANSI sequences from now on.
+void ansi_on();
+
+// Waits for one key, without echo and without line buffering, and gives one byte of it. A cursor
+// or function key gives two bytes in two calls: 0 or 224, then its scan code (72 Up, 75 Left,
+// 77 Right, 80 Down, 82 Insert, 83 Delete, 71 Home, 79 End, 73 Page Up, 81 Page Down, 59 to 68
+// F1 to F10). Every control key arrives as its code, Enter as 13, Backspace as 8, a lone Escape
+// as 27. keyEnd at the end of the input.
+int _getch();
+
+// True when a key is pending; doesn't wait, doesn't take it.
+bool _kbhit();
+
+// Reads one line of at most max bytes (its line feed included) with the host's line editing; a
+// longer line comes in several reads. CR LF is one line end. False at the end of the input.
+bool OS_ReadLine(size_t max, std::string& line);
+
+// The names, without directory part, of the files (or directories, but "." and "..") that fit a
+// pattern, in the host's order. The pattern has a directory part and a last part in which * fits
+// any run of characters and ? one character; letters match without case.
+Lines OS_GetFileList(const std::string& pattern);
+Lines OS_GetDirList(const std::string& pattern);
+
+}  // namespace mox

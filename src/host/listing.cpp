@@ -1,0 +1,54 @@
+// Directory listings, the same on every host that has the standard file system library.
+#include <filesystem>
+#include <system_error>
+
+#include "host/host.h"
+
+namespace mox {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// True when the whole name fits the pattern. On a misfit the last star takes one byte more.
+bool _fits(std::string_view name, std::string_view pattern) {
+  size_t n = 0, p = 0, star = pattern.npos, starName = 0;
+  while (n < name.size()) {
+    if (p < pattern.size() && pattern[p] == '*') {
+      star = p++;
+      starName = n;
+    } else if (p < pattern.size() &&
+               (pattern[p] == '?' || UpperChr(pattern[p]) == UpperChr(name[n]))) {
+      ++n;
+      ++p;
+    } else if (star != pattern.npos) {
+      p = star + 1;
+      n = ++starName;
+    } else {
+      return false;
+    }
+  }
+  return pattern.find_first_not_of('*', p) == pattern.npos;
+}
+
+Lines _GetDirFileList(const std::string& pattern, bool dirs) {
+  const fs::path path(pattern);
+  const std::string last = path.filename().string();
+  const fs::path dir = path.has_parent_path() ? path.parent_path() : fs::path(".");
+  Lines names;
+  std::error_code ec;
+  for (fs::directory_iterator i(dir, ec), end; !ec && i != end; i.increment(ec)) {
+    std::error_code unknown;  // of a link that leads nowhere: listed as a file
+    std::string name = i->path().filename().string();
+    if (_fits(name, last) && i->is_directory(unknown) == dirs) names.push_back(std::move(name));
+  }
+  return names;
+}
+
+}  // namespace
+
+Lines OS_GetFileList(const std::string& pattern) { return _GetDirFileList(pattern, false); }
+
+Lines OS_GetDirList(const std::string& pattern) { return _GetDirFileList(pattern, true); }
+
+}  // namespace mox

@@ -1,0 +1,261 @@
+// The console of a POSIX host: keys and lines from file descriptor 0 through one buffer.
+#include <poll.h>
+#include <signal.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "host/host.h"
+
+namespace mox {
+
+namespace {
+
+constexpr int _keyEscape = 27;
+constexpr int _endMark = 0x1A;
+constexpr int _endOfFileKey = 4;
+constexpr int _forever = -1;
+constexpr int _sequenceWait = 50;  // ms in which the rest of an escape sequence arrives
+constexpr size_t _maxSequence = 16;
+
+// Bytes read and not yet taken: _buf[_pos] to _buf[_end - 1].
+unsigned char _buf[4096];
+size_t _pos = 0, _end = 0;
+bool _ended = false;   // the input, not a terminal, is at its end
+bool _skipLf = false;  // a line feed that comes next belongs to the carriage return before it
+int _scanCode = -1;    // second half of an extended key whose first was given
+
+bool _isTerminal() {
+  static const bool terminal = isatty(STDIN_FILENO);
+  return terminal;
+}
+
+// Key mode: bytes come as they are typed, without echo. The object holds the terminal in this
+// mode and puts it back when it goes, and so does a signal that stops the program meanwhile.
+termios _found, _keyMode;
+bool _inKeyMode = false;
+constexpr int _stops[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
+
+// Lets the signal do what it does by default, with the terminal as it was found. Only a stopped
+// job comes back here; the wait that it interrupted sets its mode anew.
+void _onStop(int sig) {
+  const int error = errno;
+  tcsetattr(STDIN_FILENO, TCSANOW, &_found);
+  struct sigaction byDefault = {}, ours;
+  byDefault.sa_handler = SIG_DFL;
+  sigaction(sig, &byDefault, &ours);
+  sigset_t set, before;
+  sigemptyset(&set);
+  sigaddset(&set, sig);
+  raise(sig);
+  sigprocmask(SIG_UNBLOCK, &set, &before);
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+  sigaction(sig, &ours, nullptr);
+  errno = error;
+}
+
+void _onContinue(int) {}  // only interrupts the wait
+
+class KeyMode {
+ public:
+  KeyMode() {
+    if (!_isTerminal() || tcgetattr(STDIN_FILENO, &_found) != 0) return;
+    _keyMode = _found;
+    _keyMode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ISIG | IEXTEN);
+    _keyMode.c_iflag &= ~static_cast<tcflag_t>(IXON | ICRNL | INLCR | IGNCR | ISTRIP);
+    _keyMode.c_cc[VMIN] = 1;
+    _keyMode.c_cc[VTIME] = 0;
+    for (size_t i = 0; i < std::size(_stops); ++i) _handle(_stops[i], _onStop, _before[i]);
+    _handle(SIGCONT, _onContinue, _beforeContinue);
+    _inKeyMode = true;
+    tcsetattr(STDIN_FILENO, TCSANOW, &_keyMode);
+  }
+  ~KeyMode() {
+    if (!_inKeyMode) return;
+    tcsetattr(STDIN_FILENO, TCSANOW, &_found);
+    _inKeyMode = false;
+    for (size_t i = 0; i < std::size(_stops); ++i) sigaction(_stops[i], &_before[i], nullptr);
+    sigaction(SIGCONT, &_beforeContinue, nullptr);
+  }
+  KeyMode(const KeyMode&) = delete;
+  KeyMode& operator=(const KeyMode&) = delete;
+
+ private:
+  // Takes a signal over unless it is ignored.
+  static void _handle(int sig, void (*handler)(int), struct sigaction& before) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    sigaction(sig, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) sigaction(sig, &action, nullptr);
+  }
+  struct sigaction _before[std::size(_stops)];
+  struct sigaction _beforeContinue;
+};
+
+// True when input can be read within ms. Its end counts as input.
+bool _waitInput(int ms) {
+  pollfd fd = {STDIN_FILENO, POLLIN, 0};
+  for (;;) {
+    const int ready = poll(&fd, 1, ms);
+    if (ready >= 0 || errno != EINTR) return ready > 0;
+    if (_inKeyMode) tcsetattr(STDIN_FILENO, TCSANOW, &_keyMode);
+  }
+}
+
+// Appends to the buffer what can be read, waiting at most ms for it. False when nothing came.
+bool _fill(int ms) {
+  if (_ended) return false;
+  std::memmove(_buf, _buf + _pos, _end - _pos);
+  _end -= _pos;
+  _pos = 0;
+  std::fflush(nullptr);
+  for (;;) {
+    if (ms != _forever && !_waitInput(ms)) return false;
+    const ssize_t n = read(STDIN_FILENO, _buf + _end, sizeof _buf - _end);
+    if (n > 0) {
+      _end += static_cast<size_t>(n);
+      return true;
+    }
+    if (n < 0 && errno == EINTR) {
+      if (_inKeyMode) tcsetattr(STDIN_FILENO, TCSANOW, &_keyMode);
+    } else if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+      if (!_waitInput(ms)) return false;
+    } else {
+      _ended = !_isTerminal();
+      return false;
+    }
+  }
+}
+
+// True when the i-th byte ahead is in the buffer, after waiting at most ms for it.
+bool _have(size_t i, int ms) {
+  for (;;) {
+    if (_skipLf && _pos < _end) {
+      _pos += _buf[_pos] == '\n';
+      _skipLf = false;
+    }
+    if (_pos + i < _end) return true;
+    if (!_fill(ms)) return false;
+  }
+}
+
+int _take(int ms) { return _have(0, ms) ? _buf[_pos++] : keyEnd; }
+
+// What terminals send behind an Escape for their cursor and function keys.
+struct Sequence {
+  std::string_view text;
+  int scanCode;
+};
+constexpr Sequence _sequences[] = {
+    {"[A", 72},   {"[B", 80},   {"[C", 77},   {"[D", 75},   {"[H", 71},   {"[F", 79},
+    {"OA", 72},   {"OB", 80},   {"OC", 77},   {"OD", 75},   {"OH", 71},   {"OF", 79},
+    {"[1~", 71},  {"[2~", 82},  {"[3~", 83},  {"[4~", 79},  {"[5~", 73},  {"[6~", 81},
+    {"[7~", 71},  {"[8~", 79},  {"OP", 59},   {"OQ", 60},   {"OR", 61},   {"OS", 62},
+    {"[P", 59},   {"[Q", 60},   {"[R", 61},   {"[S", 62},   {"[[A", 59},  {"[[B", 60},
+    {"[[C", 61},  {"[[D", 62},  {"[[E", 63},  {"[11~", 59}, {"[12~", 60}, {"[13~", 61},
+    {"[14~", 62}, {"[15~", 63}, {"[17~", 64}, {"[18~", 65}, {"[19~", 66}, {"[20~", 67},
+    {"[21~", 68},
+};
+
+// The sequence ahead, the Escape taken: its text, empty when what comes is none.
+std::string _peekSequence() {
+  std::string text;
+  while (text.size() < _maxSequence && _have(text.size(), _sequenceWait)) {
+    const unsigned char c = _buf[_pos + text.size()];
+    text += static_cast<char>(c);
+    if (text.size() == 1) {
+      if (c != '[' && c != 'O') break;
+    } else if (text[0] == 'O' || text[1] == '[') {
+      if (text.size() == (text[0] == 'O' ? 2 : 3)) return text;
+    } else if (c >= 0x40 && c <= 0x7E) {
+      return text;
+    } else if (c < 0x20 || c > 0x7E) {
+      break;
+    }
+  }
+  return {};
+}
+
+// The sequence without the modifier keys: "[1;5C" is "[C", "[3;2~" is "[3~".
+std::string _plain(std::string sequence) {
+  const size_t semicolon = sequence.find(';');
+  if (semicolon == sequence.npos) return sequence;
+  const char final = sequence.back();
+  sequence.erase(final == '~' ? semicolon : 1);
+  return sequence += final;
+}
+
+// Folds the sequence behind an Escape into a scan code: 0 for a key that has none, -1 when the
+// Escape stands alone. Only an unknown key of the "[" kind is swallowed.
+int _foldSequence() {
+  const std::string sequence = _peekSequence();
+  if (sequence.empty()) return -1;
+  const std::string plain = _plain(sequence);
+  int scanCode = sequence[0] == '[' ? 0 : -1;
+  for (const Sequence& s : _sequences)
+    if (s.text == plain) scanCode = s.scanCode;
+  if (scanCode >= 0) _pos += sequence.size();
+  return scanCode;
+}
+
+}  // namespace
+
+void ansi_on() {}
+
+int _getch() {
+  if (_scanCode >= 0) {
+    const int second = _scanCode;
+    _scanCode = -1;
+    return second;
+  }
+  const KeyMode mode;
+  for (;;) {
+    const int c = _take(_forever);
+    if (c == '\r') _skipLf = !_isTerminal();
+    if (c == '\n') return '\r';
+    if (c == 127 && _isTerminal()) return '\b';
+    if (c != _keyEscape) return c;
+    const int scanCode = _foldSequence();
+    if (scanCode < 0) return c;
+    if (scanCode == 0) continue;
+    _scanCode = scanCode;
+    return scanCode >= 59 && scanCode <= 68 ? 0 : 224;
+  }
+}
+
+bool _kbhit() {
+  if (_scanCode >= 0 || _pos + _skipLf < _end) return true;
+  const KeyMode mode;
+  return _have(0, 0);
+}
+
+bool OS_ReadLine(size_t max, std::string& line) {
+  line.clear();
+  bool content = true;
+  for (size_t n = 0; n < max; ++n) {
+    int c = _take(_forever);
+    if (_isTerminal()) {
+      // Keys typed ahead in key mode aren't what line mode makes of them.
+      if (c == '\r') c = '\n';
+      if (c == _endOfFileKey) c = keyEnd;
+    } else if (c == _endMark) {
+      _ended = true;
+      _pos = _end;
+      c = keyEnd;
+    } else if (c == '\r' && _have(0, _forever) && _buf[_pos] == '\n') {
+      c = _buf[_pos++];
+    }
+    if (c == keyEnd) return n > 0;
+    if (c == 0) content = false;
+    if (content || c == '\n') line += static_cast<char>(c);
+    if (c == '\n') return true;
+  }
+  return max > 0;
+}
+
+}  // namespace mox

@@ -1,0 +1,296 @@
+// The engine that reads the grammar table.
+//
+// Matching and making text are two steps. Matching notes, for each rule and cursor, the row that
+// matched or that none did, so that no stretch of tokens is parsed twice by one rule however the
+// rows share their heads. Making text walks the matched rows and runs their actions.
+
+#include "lang/mox_gmr.h"
+
+#include <cstdlib>
+#include <string_view>
+
+#include "lang/mox_blk.h"
+
+namespace mox {
+
+namespace {
+
+constexpr int ruleCount = static_cast<int>(Rule::ruleCount);
+
+// --- The table, prepared: rows by rule, texts cut into pieces.
+
+enum class Piece {
+  text, item, source, count, BL, LV, loop, push, pop, check, markElse, nextBranch, endThen
+};
+
+struct TextPiece {
+  Piece kind;
+  int number = 0;         // of the item, or the block type of an action
+  std::string_view text;  // Piece::text
+};
+
+struct Row {
+  const Alternative* alternative;
+  std::vector<TextPiece> pieces;
+  bool acts = false;  // changes the block stack
+};
+
+struct Grammar {
+  std::vector<Row> rows[ruleCount];
+  Grammar();
+};
+
+TextPiece _command(std::string_view name) {
+  struct Command {
+    std::string_view name;
+    Piece kind;
+  };
+  static constexpr Command commands[] = {
+      {"src", Piece::source}, {"count", Piece::count},  {"BL", Piece::BL},
+      {"LV", Piece::LV},      {"loop", Piece::loop},    {"push", Piece::push},
+      {"pop", Piece::pop},    {"check", Piece::check},  {"else", Piece::markElse},
+      {"next", Piece::nextBranch}, {"endthen", Piece::endThen},
+  };
+  int number = 0;
+  if (const size_t blank = name.find(' '); blank != name.npos) {
+    number = name[blank + 1] - '0';
+    name = name.substr(0, blank);
+  }
+  for (const Command& c : commands)
+    if (c.name == name) return {c.kind, number, {}};
+  std::abort();  // the table is wrong
+}
+
+std::vector<TextPiece> _cutText(std::string_view text) {
+  std::vector<TextPiece> pieces;
+  while (!text.empty()) {
+    if (text[0] == '$') {
+      pieces.push_back({Piece::item, text[1] - '0', {}});
+      text.remove_prefix(2);
+    } else if (text[0] == '{') {
+      const size_t end = text.find('}');
+      pieces.push_back(_command(text.substr(1, end - 1)));
+      text.remove_prefix(end + 1);
+    } else {
+      const size_t length = std::min(text.find_first_of("${"), text.size());
+      pieces.push_back({Piece::text, 0, text.substr(0, length)});
+      text.remove_prefix(length);
+    }
+  }
+  return pieces;
+}
+
+Grammar::Grammar() {
+  for (const Alternative& a : g_grammar) {
+    Row row{&a, _cutText(a.text)};
+    for (const TextPiece& p : row.pieces) row.acts |= p.kind >= Piece::push;
+    rows[static_cast<int>(a.rule)].push_back(std::move(row));
+  }
+}
+
+const Grammar& _grammar() {
+  static const Grammar grammar;
+  return grammar;
+}
+
+// --- Matching.
+
+// One repetition of an item: the tokens from..to, and for a rule the node of its row.
+struct Match {
+  int item;
+  int from, to;
+  int node;
+};
+
+// A matched row; its matches are consecutive.
+struct Node {
+  const Row* row;
+  int to;
+  int firstMatch, matchCount;
+};
+
+class Parse {
+ public:
+  explicit Parse(const Tokens& tokens)
+      : tokens_(tokens), known_(ruleCount * (tokens.count() + 1), unknown) {}
+
+  // Node of the rule's first row that matches at the cursor, or -1.
+  int rule(Rule r, int cursor);
+  int end(int node) const { return nodes_[node].to; }
+  // Appends the text of a node.
+  void render(int node, std::string& text) const;
+
+ private:
+  static constexpr int unknown = -2;
+  static constexpr int none = -1;
+
+  bool row(const Row& row, int cursor, Node& node);
+  bool once(const Item& item, int& cursor, Match& match);
+  bool endWord(const Item& item, int cursor) const;
+  void renderItem(const Node& node, int item, std::string& text) const;
+  void source(const Node& node, int item, std::string& text) const;
+  int count(const Node& node, int item) const;
+
+  const Tokens& tokens_;
+  std::vector<int> known_;       // node, none or unknown, by rule and cursor
+  std::vector<Node> nodes_;
+  std::vector<Match> matches_;   // of finished rows
+  std::vector<Match> trying_;    // of rows under way, the innermost last
+};
+
+int Parse::rule(Rule r, int cursor) {
+  const size_t key =
+      static_cast<size_t>(r) * (tokens_.count() + 1) + static_cast<size_t>(cursor);
+  if (known_[key] != unknown) return known_[key];
+  int result = none;
+  for (const Row& candidate : _grammar().rows[static_cast<int>(r)]) {
+    Node node{};
+    if (!row(candidate, cursor, node)) continue;
+    result = static_cast<int>(nodes_.size());
+    nodes_.push_back(node);
+    break;
+  }
+  known_[key] = result;
+  return result;
+}
+
+bool Parse::row(const Row& row, int cursor, Node& node) {
+  const size_t base = trying_.size();
+  const std::vector<Item>& items = row.alternative->items;
+  for (size_t i = 0; i < items.size(); ++i) {
+    const Item& item = items[i];
+    int times = 0;
+    Match match{static_cast<int>(i), cursor, cursor, none};
+    if (!endWord(item, cursor)) {
+      while (times < item.atMost && once(item, cursor, match)) {
+        trying_.push_back(match);
+        ++times;
+      }
+    }
+    if (times < item.atLeast) {
+      trying_.resize(base);
+      return false;
+    }
+  }
+  node = {&row, cursor, static_cast<int>(matches_.size()),
+          static_cast<int>(trying_.size() - base)};
+  matches_.insert(matches_.end(), trying_.begin() + static_cast<long>(base), trying_.end());
+  trying_.resize(base);
+  return true;
+}
+
+bool Parse::once(const Item& item, int& cursor, Match& match) {
+  match.from = cursor;
+  match.node = none;
+  switch (item.kind) {
+    case Item::kWord:
+      if (tokens_.kinds[cursor] == tokEnd || !Match4(tokens_.texts[cursor], item.word))
+        return false;
+      ++cursor;
+      break;
+    case Item::kToken:
+      if (tokens_.kinds[cursor] != item.token) return false;
+      ++cursor;
+      break;
+    case Item::kRule: {
+      match.node = rule(item.rule, cursor);
+      // A repeated rule that takes nothing would repeat for ever.
+      if (match.node == none || (item.atMost > 1 && end(match.node) == cursor)) return false;
+      cursor = end(match.node);
+      break;
+    }
+  }
+  match.to = cursor;
+  return true;
+}
+
+bool Parse::endWord(const Item& item, int cursor) const {
+  if (tokens_.kinds[cursor] == tokEnd) return false;
+  for (const char* word : item.endWords)
+    if (Match4(tokens_.texts[cursor], word)) return true;
+  return false;
+}
+
+// --- Making text.
+
+int Parse::count(const Node& node, int item) const {
+  int n = 0;
+  for (int m = node.firstMatch; m < node.firstMatch + node.matchCount; ++m)
+    n += matches_[m].item == item;
+  return n;
+}
+
+void Parse::renderItem(const Node& node, int item, std::string& text) const {
+  bool present = false;
+  for (int m = node.firstMatch; m < node.firstMatch + node.matchCount; ++m) {
+    const Match& match = matches_[m];
+    if (match.item != item) continue;
+    present = true;
+    if (match.node == none)
+      text += tokens_.texts[match.from];
+    else
+      render(match.node, text);
+  }
+  if (!present) text += node.row->alternative->items[item].absent;
+}
+
+void Parse::source(const Node& node, int item, std::string& text) const {
+  for (int m = node.firstMatch; m < node.firstMatch + node.matchCount; ++m)
+    if (matches_[m].item == item) text += langSrc(tokens_, matches_[m].from, matches_[m].to);
+}
+
+void Parse::render(int number, std::string& text) const {
+  const Node& node = nodes_[number];
+  // Where the row acts on the block stack, the actions of its items come first.
+  std::vector<std::string> made;
+  if (node.row->acts) {
+    made.resize(node.row->alternative->items.size());
+    for (size_t i = 0; i < made.size(); ++i) renderItem(node, static_cast<int>(i), made[i]);
+  }
+  for (const TextPiece& p : node.row->pieces) {
+    switch (p.kind) {
+      case Piece::text: text += p.text; break;
+      case Piece::item:
+        if (made.empty())
+          renderItem(node, p.number - 1, text);
+        else
+          text += made[p.number - 1];
+        break;
+      case Piece::source: source(node, p.number - 1, text); break;
+      case Piece::count: text += std::to_string(count(node, p.number - 1)); break;
+      case Piece::BL: text += BlkBL(); break;
+      case Piece::LV: text += BlkLV(); break;
+      case Piece::loop: text += BlkBL(BlkLoop()); break;
+      case Piece::push: BlkPush(p.number); break;
+      case Piece::pop: BlkPop(p.number); break;
+      case Piece::check: BlkCheck(p.number); break;
+      case Piece::markElse: BlkElse(); break;
+      case Piece::nextBranch: BlkNext(); break;
+      case Piece::endThen:
+        if (!BlkHasElse()) text += "LBL " + BlkBL() + "1\n";
+        break;
+    }
+  }
+}
+
+int _compile(Rule rule, int& cursor, const Tokens& tokens, std::string& text) {
+  Parse parse(tokens);
+  const int node = parse.rule(rule, cursor);
+  if (node < 0) return 0;
+  text.clear();
+  parse.render(node, text);
+  cursor = parse.end(node);
+  return 1;
+}
+
+}  // namespace
+
+int lrline(int& cursor, const Tokens& tokens, std::string& text) {
+  return _compile(Rule::line, cursor, tokens, text);
+}
+
+int lrexpr(int& cursor, const Tokens& tokens, std::string& text) {
+  return _compile(Rule::expr, cursor, tokens, text);
+}
+
+}  // namespace mox

@@ -1,0 +1,59 @@
+#include "lang/mox_lex.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "session/misc.h"
+
+namespace mox {
+
+namespace {
+
+constexpr std::string_view keywords[] = {
+    "ABS",   "DATE",  "INT", "RND",  "SGN",   "SIN",      "SQR",  "LEN",     "MID",
+    "INSTR", "UCASE", "LCASE", "CHR", "COLOR", "INKEY",   "ASC",  "LEFT",    "RIGHT",
+    "VAL",   "STR",   "FREEFILE", "EOF", "RUN", "DIR",    "SDIR", "RECNO",   "DELETED",
+    "TEST",  "TRIM",  "TYPE3", "NEXT", "ALL",  "RECORD",  "FOR",  "TO",
+};
+
+// True when the texts of two tokens, joined, are read as the same two tokens.
+bool _staysApart(const Tokens& tokens, int first) {
+  Tokens again;
+  txt2tkn(tokens.texts[first] + tokens.texts[first + 1], 3, again);
+  return again.count() == 2 && again.texts[0] == tokens.texts[first];
+}
+
+}  // namespace
+
+bool is_kw(std::string_view text) {
+  return std::any_of(std::begin(keywords), std::end(keywords),
+                     [text](std::string_view word) { return StrICmp(text, word) == 0; });
+}
+
+int prog2tkn(std::string_view text, int max, Tokens& tokens) {
+  const int added = txt2tkn(text, max, tokens);
+  for (int i = tokens.count() - added; i < tokens.count(); ++i) {
+    if (tokens.kinds[i] != tokIdentifier || !is_kw(tokens.texts[i])) continue;
+    tokens.kinds[i] = tokKeyword;
+    tokens.texts[i] = strUpper(tokens.texts[i]);
+  }
+  return added;
+}
+
+bool Match4(std::string_view token, std::string_view pattern) {
+  if (token.size() > pattern.size()) return false;
+  for (size_t i = 0; i < token.size(); ++i)
+    if (UpperChr(token[i]) != pattern[i]) return false;
+  return token.size() >= 4 || token.size() == pattern.size();
+}
+
+std::string langSrc(const Tokens& tokens, int from, int to) {
+  std::string source;
+  for (int i = from; i < to; ++i) {
+    source += tokens.texts[i];
+    if (i + 1 < to && !_staysApart(tokens, i)) source += ' ';
+  }
+  return source;
+}
+
+}  // namespace mox

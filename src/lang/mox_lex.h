@@ -1,0 +1,24 @@
+// Tokens of the language: the plain tokens, with the reserved words told from the identifiers.
+#pragma once
+
+#include <string_view>
+
+#include "lang/misc_lex.h"
+
+namespace mox {
+
+// Non-zero when the text is one of the 35 reserved words, ignoring case.
+bool is_kw(std::string_view text);
+
+// As txt2tkn; each identifier that is a reserved word becomes a keyword, in upper case.
+int prog2tkn(std::string_view text, int max, Tokens& tokens);
+
+// The rule for all words of the language: the token, in any case, equals the pattern (which is in
+// upper case), or has at least four characters and begins it.
+bool Match4(std::string_view token, std::string_view pattern);
+
+// The tokens from up to but not including to as one text from which the same tokens can be read
+// again. A blank stands exactly where two tokens would otherwise merge.
+std::string langSrc(const Tokens& tokens, int from, int to);
+
+}  // namespace mox

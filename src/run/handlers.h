@@ -1,0 +1,77 @@
+// The handlers of the steps, by source file. steptab.cpp tells what each finds on the stack.
+#pragma once
+
+#include "run/run.h"
+
+namespace mox {
+
+// run_ops
+int OpS2N(int depth, Stack& stk);
+int OpAdd(int depth, Stack& stk);
+int OpSub(int depth, Stack& stk);
+int OpMul(int depth, Stack& stk);
+int OpDiv(int depth, Stack& stk);
+int OpNeg(int depth, Stack& stk);
+int OpPow(int depth, Stack& stk);
+int OpAnd(int depth, Stack& stk);
+int OpOr(int depth, Stack& stk);
+int OpNot(int depth, Stack& stk);
+
+// run_var
+int OpGetV(int depth, Stack& stk);
+int OpPutV(int depth, Stack& stk);
+int OpStore(int depth, Stack& stk);
+int OpInc(int depth, Stack& stk);
+int OpDec(int depth, Stack& stk);
+int OpRelease(int depth, Stack& stk);
+
+// run_nest
+int OpDoCmd(int depth, Stack& stk);
+int OpReturn(int depth, Stack& stk);
+int OpCancel(int depth, Stack& stk);
+int OpEval(int depth, Stack& stk);
+
+// run_print
+int OpPr(int depth, Stack& stk);
+int OpPrAt(int depth, Stack& stk);
+int OpPrLn(int depth, Stack& stk);
+
+// run_sys
+int OpOpt(int depth, Stack& stk);
+int OpQuit(int depth, Stack& stk);
+
+// rundb
+int OpUse(int depth, Stack& stk);
+int OpSelect(int depth, Stack& stk);
+int OpDGoto(int depth, Stack& stk);
+int OpSkip(int depth, Stack& stk);
+int OpEOF(int depth, Stack& stk);
+int OpDELETED(int depth, Stack& stk);
+int OpRECNO(int depth, Stack& stk);
+int OpDsp(int depth, Stack& stk);
+int OpDspStr(int depth, Stack& stk);
+int OpDspDbf(int depth, Stack& stk);
+int OpDspStat(int depth, Stack& stk);
+
+// rundb_scan
+int OpList(int depth, Stack& stk);
+int OpDel1(int depth, Stack& stk);
+int OpRecall1(int depth, Stack& stk);
+int OpLocate(int depth, Stack& stk);
+int OpContinue(int depth, Stack& stk);
+int OpCount1(int depth, Stack& stk);
+int OpSum1(int depth, Stack& stk);
+
+// rundb_upd
+int OpAddRec(int depth, Stack& stk);
+int OpUpdRec0(int depth, Stack& stk);
+int OpSetFld(int depth, Stack& stk);
+int OpUpdRec2(int depth, Stack& stk);
+int OpRemove(int depth, Stack& stk);
+int OpSetNdx(int depth, Stack& stk);
+int OpPack(int depth, Stack& stk);
+
+// moxcreate
+int OpCreate(int depth, Stack& stk);
+
+}  // namespace mox

@@ -1,0 +1,242 @@
+#include "run/run.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+
+#include "host/host.h"
+#include "run/run_ops.h"
+#include "run/run_out.h"
+#include "session/error.h"
+#include "session/files.h"
+#include "session/number.h"
+#include "session/options.h"
+#include "session/session.h"
+
+namespace mox {
+
+namespace {
+
+constexpr size_t maxWord = 10;  // characters of a step's word
+constexpr int maxCalls = 49;    // nested CALL steps
+constexpr double selectRound = 0.5;
+
+struct CoreWord {
+  std::string_view word;
+  Core core;
+};
+constexpr CoreWord coreWords[] = {
+    {"PUSH", Core::PUSH}, {"STOP", Core::STOP}, {"END", Core::END},   {"LBL", Core::LBL},
+    {"JP", Core::JP},     {"JPF", Core::JPF},   {"JPX", Core::JPX},   {"CMP", Core::CMP},
+    {"CALL", Core::CALL}, {"RET", Core::RET},   {"DUP", Core::DUP},   {"POP", Core::POP},
+    {":", Core::source},
+};
+
+// Cuts the word off the step, leaving the rest of it.
+std::string_view GetWordD(std::string_view& step) {
+  const size_t start = std::min(step.find_first_not_of(" \t"), step.size());
+  size_t end = start;
+  while (end < step.size() && end - start < maxWord) {
+    const signed char c = static_cast<signed char>(step[end]);
+    if (!((c >= '0' && c != 127) || c == '$')) break;
+    ++end;
+  }
+  const std::string_view word = step.substr(start, end - start);
+  step.remove_prefix(end);
+  return word;
+}
+
+Handler _findHandler(std::string_view word) {
+  static const std::vector<std::string_view> words = [] {
+    std::vector<std::string_view> all;
+    for (const StepEntry& e : g_steps) all.push_back(e.word);
+    return all;
+  }();
+  const int i = findndx(word, words);
+  return i < 0 ? nullptr : g_steps[i].handler;
+}
+
+Step _cut(std::string text) {
+  Step step;
+  std::string_view rest = text;
+  const std::string_view word = GetWordD(rest);
+  step.operand = dlb(rest);
+  for (const CoreWord& c : coreWords)
+    if (c.word == word) step.core = c.core;
+  if (step.core == Core::none)
+    step.handler = _findHandler(word);
+  else if (step.core == Core::CMP)
+    step.number = CmpOperator(step.operand);
+  else
+    step.number = TxtToInt(step.operand);
+  step.text = std::move(text);
+  return step;
+}
+
+// The state of one run.
+struct Run {
+  const Program& program;
+  Stack& stk;
+  int pc = 0;
+  int depth = 0;
+  std::vector<int> calls;
+};
+
+void _push(Run& run, const std::string& text) {
+  if (static_cast<size_t>(run.depth) == run.stk.size()) run.stk.emplace_back();
+  run.stk[run.depth++] = text;
+}
+
+void _jumpIfFalse(Run& run, int target) {
+  if (run.depth < 1) {
+    IntErr("STACK UNDERFLOW");
+    return;
+  }
+  if (TxtToInt(run.stk[--run.depth]) == 0) run.pc = target;
+}
+
+// t1 .. tn n x: goes to the step number that x selects, or on when x selects none.
+void _jumpSelected(Run& run) {
+  if (run.depth < 2) {
+    IntErr("STACK UNDERFLOW");
+    return;
+  }
+  const int selector = DblToInt(TxtToDbl(run.stk[run.depth - 1]) + selectRound);
+  const int n = std::max(DblToInt(TxtToDbl(run.stk[run.depth - 2])), 0);
+  run.depth -= 2;
+  if (n <= run.depth && selector >= 1 && selector <= n)
+    run.pc = TxtToInt(run.stk[run.depth - n + selector - 1]);
+  run.depth -= n;
+}
+
+void _call(Run& run, int target) {
+  if (run.calls.size() == maxCalls) {
+    NestErr();
+    return;
+  }
+  run.calls.push_back(run.pc);
+  run.pc = target;
+}
+
+void _return(Run& run) {
+  if (run.calls.empty()) {
+    IntErr("RET WITHOUT CALL");
+    return;
+  }
+  run.pc = run.calls.back();
+  run.calls.pop_back();
+}
+
+void _duplicate(Run& run, int n) {
+  if (n >= 1 && n <= run.depth) _push(run, std::string(run.stk[run.depth - n]));
+}
+
+void _label(const std::string& label) {
+  if (label[0] == 'L') std::printf("[%04d]\n", TxtToInt(std::string_view(label).substr(1)));
+}
+
+// The source text of a statement of a command file: echo and single step.
+void _sourceLine(const std::string& text) {
+  if (g_opt[optECHO]) std::printf("%s\n", text.c_str());
+  if (g_opt[optSTEP]) errnum = AskStep();
+}
+
+void _runStep(Run& run, const Step& step) {
+  switch (step.core) {
+    case Core::PUSH: _push(run, step.operand); break;
+    case Core::STOP:
+    case Core::END: errnum = errEnd; break;
+    case Core::LBL: _label(step.operand); break;
+    case Core::JP: run.pc = step.number; break;
+    case Core::JPF: _jumpIfFalse(run, step.number); break;
+    case Core::JPX: _jumpSelected(run); break;
+    case Core::CMP: run.depth += OpCmp(run.depth, run.stk, step.number); break;
+    case Core::CALL: _call(run, step.number); break;
+    case Core::RET: _return(run); break;
+    case Core::DUP: _duplicate(run, step.number); break;
+    case Core::POP: run.depth -= std::max(step.number, 0); break;
+    case Core::source: _sourceLine(step.operand); break;
+    case Core::none:
+      if (step.handler)
+        run.depth += step.handler(run.depth, run.stk);
+      else
+        IntErr("doRunX 1");
+  }
+}
+
+bool busy = false;  // a question of single step, or a command typed at it, is under way
+
+}  // namespace
+
+void (*g_keyboardCommand)() = nullptr;
+
+int NestGuard::nesting_ = 0;
+
+NestGuard::NestGuard() : ok_(++nesting_ <= maxNest) {
+  if (!ok_) NestErr();
+}
+
+void NestErr() { SetErr("NESTING LIMIT VIOLATION EXCEEDED", ""); }
+
+Program CutSteps(Lines steps) {
+  Program program;
+  program.reserve(steps.size());
+  for (std::string& text : steps) program.push_back(_cut(std::move(text)));
+  return program;
+}
+
+int doRun1(const Program& program, Stack& stk) {
+  outcol = 0;
+  errnum = errNone;
+  Run run{program, stk, 0, 0, {}};
+  while (errnum == errNone) {
+    if (static_cast<size_t>(run.pc) >= program.size()) {
+      IntErr("NO SUCH STEP");
+      break;
+    }
+    const Step& step = program[run.pc];
+    errpc = run.pc++;
+    errstep = step.text;
+    if (g_opt[optR1]) std::printf("%05d: %s\n", errpc, step.text.c_str());
+    _runStep(run, step);
+    if (run.depth < 0) IntErr("STACK UNDERFLOW");
+    if (g_opt[optR1] && run.depth >= 1)
+      std::printf("       stk[%d]=%s\n", run.depth - 1, stk[run.depth - 1].c_str());
+  }
+  if (errnum == errEnd) errnum = errNone;
+  return run.depth;
+}
+
+void doRun(const Program& program) {
+  NestGuard nest;
+  if (!nest.ok()) return;
+  Stack stk;
+  doRun1(program, stk);
+  FpCloseAll();
+}
+
+int AskStep() {
+  if (busy) return errNone;
+  busy = true;
+  int decision = -1;
+  while (decision < 0) {
+    std::printf("SINGLE STEP  Y:=STEP,  N:=KEYBOARD CMD,  ESC:=CANCEL");
+    const int key = _getch();
+    std::printf("\n");
+    if (key == keyEnd) {
+      InputEnded();
+      decision = errTold;
+    } else if ((key & 95) == 27) {
+      decision = errCancel;
+    } else if ((key & 95) == 'Y') {
+      decision = errNone;
+    } else {
+      g_keyboardCommand();
+      if (g_ended) decision = errTold;
+    }
+  }
+  busy = false;
+  return decision;
+}
+
+}  // namespace mox

@@ -1,0 +1,75 @@
+// The step machine: interprets step lists.
+//
+// A step is a word and an operand. The machine cuts each step and looks its word up once, when it
+// gets the list (CutSteps); the step's text stays for the trace. It decides thirteen words itself;
+// every other word is a row of the step table (steptab.cpp), the only place that knows all
+// handlers.
+//
+// Values travel on an operand stack of texts (run_value.h tells their forms). A handler takes all
+// its input from the stack, top at stk[depth - 1], and returns the change of the depth. It reports
+// an error through the error slot; the machine stops behind the step, whose effect on the stack
+// still counts. Slots at or above the depth hold nothing that anyone may read.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "session/misc.h"
+
+namespace mox {
+
+using Stack = std::vector<std::string>;
+using Handler = int (*)(int depth, Stack& stk);
+
+struct StepEntry {
+  std::string_view word;
+  Handler handler;
+};
+// All steps with a handler, sorted by word.
+extern const std::span<const StepEntry> g_steps;
+
+enum class Core { none, PUSH, STOP, END, LBL, JP, JPF, JPX, CMP, CALL, RET, DUP, POP, source };
+
+struct Step {
+  std::string text;
+  std::string operand;
+  Core core = Core::none;
+  int number = 0;             // the operand's integer; of CMP the place of its operator
+  Handler handler = nullptr;  // with Core::none; null for a word that no one knows
+};
+using Program = std::vector<Step>;
+
+// Cuts a finished list.
+Program CutSteps(Lines steps);
+
+// Runs a program from depth 0 on a stack of its own and closes the numbered files at its end.
+void doRun(const Program& program);
+// Runs a program from depth 0 and returns the final depth; the values stay on the stack. A
+// negative depth is that of a POP that asked for too much.
+int doRun1(const Program& program, Stack& stk);
+
+// The single-step question: errNone to go on, errCancel, or errTold at the end of the input.
+int AskStep();
+// The prompt cycle that a key of the single-step question runs; the session sets it.
+extern void (*g_keyboardCommand)();
+
+// Counts the runs that are under way. Beyond maxNest the guard reports an error and isn't ok.
+constexpr int maxNest = 300;
+class NestGuard {
+ public:
+  NestGuard();
+  ~NestGuard() { --nesting_; }
+  NestGuard(const NestGuard&) = delete;
+  NestGuard& operator=(const NestGuard&) = delete;
+  bool ok() const { return ok_; }
+
+ private:
+  static int nesting_;
+  bool ok_;
+};
+// The error of too much nesting, of runs, files or calls.
+void NestErr();
+
+}  // namespace mox

@@ -1,0 +1,213 @@
+// The steps that open a table, choose an area, move, ask about the position, and show records,
+// structure and status.
+
+#include "run/rundb.h"
+
+#include <cstdio>
+#include <iterator>
+
+#include "host/host.h"
+#include "lang/mox_lex.h"
+#include "run/handlers.h"
+#include "run/run_input.h"
+#include "run/run_out.h"
+#include "run/run_value.h"
+#include "session/error.h"
+#include "session/number.h"
+#include "session/options.h"
+#include "store/db.h"
+
+namespace mox {
+
+namespace {
+
+// A message on the console that ends the run: nothing is left for the prompt to tell.
+void _tell(const char* message) {
+  std::printf("%s\n", message);
+  errnum = errTold;
+}
+
+struct AreaName {
+  const char* name;
+  int area;
+};
+
+// Puts a fact about the selected table in the place of the argument count.
+void _answer(std::string& top, int fact) { top = std::to_string(fact); }
+
+bool _noArguments(const std::string& count, const char* function) {
+  if (StackInt(count) == 0) return true;
+  ArgErr(function);
+  return false;
+}
+
+// The tables in use: true when there are any.
+bool _sayTables() {
+  static constexpr const char* use[maxAreas] = {"PRIMARY USE", "SECONDARY USE", "AREA C",
+                                                "AREA D"};
+  bool any = false;
+  if (dbOPEN(selectedArea)) {
+    any = true;
+    std::printf("DATABASE SELECTED - %s\n%s DATABASE\n\n", dbFn(selectedArea).c_str(),
+                use[dbSelected()]);
+  }
+  for (int area = 0; area < maxAreas; ++area) {
+    if (area == dbSelected() || !dbOPEN(area)) continue;
+    any = true;
+    std::printf("AREA %c DATABASE   - %s\n", 'A' + area, dbFn(area).c_str());
+  }
+  return any;
+}
+
+void _saySettings() {
+  struct Shown {
+    const char* name;
+    OptSlot slot;
+  };
+  static constexpr Shown shown[] = {
+      {"ALTERNATE", optALTERNATE}, {"BELL", optBELL},       {"CARRY", optCARRY},
+      {"COLON", optCOLON},         {"CONFIRM", optCONFIRM}, {"CONSOLE", optCONSOLE},
+      {"DEBUG", optDEBUG},         {"DELETE", optDELETED},  {"ECHO", optECHO},
+      {"EJECT", optEJECT},         {"ESCAPE", optESCAPE},   {"EXACT", optEXACT},
+      {"INTENSITY", optINTENSITY}, {"LINKAGE", optLINKAGE}, {"PRINT", optPRINT},
+      {"RAW", optRAW},             {"STEP", optSTEP},       {"TALK", optTALK},
+  };
+  for (size_t i = 0; i < std::size(shown); ++i)
+    std::printf("%-9s - %-3s%s", shown[i].name, g_opt[shown[i].slot] ? "ON" : "OFF",
+                i % 2 == 0 ? "    " : "\n");
+}
+
+}  // namespace
+
+bool validRno() {
+  const int recno = dbRECNO(selectedArea);
+  return recno >= 1 && recno <= dbRMAX(selectedArea);
+}
+
+void dspRnoDel() {
+  SayTxt(0, "");
+  SayTxt(-1, StrFmt("%05d %c", dbRECNO(selectedArea), dbDELETED(selectedArea) ? '*' : ' '));
+}
+
+void dspFlds() {
+  for (int field = 0; field < dbCOLS(selectedArea); ++field) {
+    SayTxt(-1, dbVal(selectedArea, field));
+    SayTxt(-1, " ");
+  }
+}
+
+int StackInt(std::string_view text) { return DblToInt(TxtToDbl(text)); }
+
+int dspExpr(Expr& e) {
+  if (ScanCompile(e) != 0) return -1;
+  std::string value;
+  RunExpr(e, value);
+  SayVal(-1, value);
+  return 0;
+}
+
+int OpUse(int depth, Stack& stk) {
+  const std::string& name = stk[depth - 1];
+  if (dbOPEN(selectedArea)) dbClose(selectedArea);
+  if (name == "-") return -1;
+  const int result = dbOpen(selectedArea, name + ".dbf");
+  if (result == dbfClosed)
+    _tell("FILE DOES NOT EXIST");
+  else if (result < 0)
+    _tell("NOT A dBASE II DATABASE");
+  return -1;
+}
+
+int OpSelect(int depth, Stack& stk) {
+  static constexpr AreaName names[] = {{"A", 0}, {"B", 1}, {"C", 2},
+                                       {"D", 3}, {"PRIMARY", 0}, {"SECONDARY", 1}};
+  const std::string word = strUpper(stk[depth - 1]);
+  for (const AreaName& n : names) {
+    if (!Match4(word, n.name)) continue;
+    dbSelect(n.area);
+    return -1;
+  }
+  ArgErr("SELECT {PRIMARY|SECONDARY|A-D}");
+  return -1;
+}
+
+int OpDGoto(int depth, Stack& stk) {
+  if (DbChk() && dbSkipTo(selectedArea, StackInt(stk[depth - 1])) != 0)
+    SetErr("RECORD NOT IN INDEX", "");
+  return -1;
+}
+
+int OpSkip(int depth, Stack& stk) {
+  if (!DbChk()) return -1;
+  dbSkip(selectedArea, StackInt(stk[depth - 1]));
+  if (g_opt[optTALK]) std::printf("RECORD: %05d\n", dbRECNO(selectedArea));
+  return -1;
+}
+
+int OpEOF(int depth, Stack& stk) {
+  if (_noArguments(stk[depth - 1], "EOF()") && DbChk())
+    _answer(stk[depth - 1], dbEOF(selectedArea) ? -1 : 0);
+  return 0;
+}
+
+int OpDELETED(int depth, Stack& stk) {
+  if (_noArguments(stk[depth - 1], "DELETED()") && DbChk())
+    _answer(stk[depth - 1], dbDELETED(selectedArea) ? -1 : 0);
+  return 0;
+}
+
+int OpRECNO(int depth, Stack& stk) {
+  if (DbChk() && _noArguments(stk[depth - 1], "RECNO()"))
+    _answer(stk[depth - 1], dbRECNO(selectedArea));
+  return 0;
+}
+
+int OpDsp(int depth, Stack& stk) {
+  const int n = StackInt(stk[depth - 1]);
+  const int removed = n + 1;
+  if (!DbChk() || !validRno()) return -removed;
+  dspRnoDel();
+  for (int i = depth - removed; i < depth - 1; ++i) {
+    SayVal(-1, stk[i]);
+    SayTxt(-1, " ");
+  }
+  if (n == 0) dspFlds();
+  std::putchar('\n');
+  return -removed;
+}
+
+int OpDspStr(int, Stack&) {
+  if (DbChk()) dbDispStruc(selectedArea);
+  return 0;
+}
+
+int OpDspDbf(int, Stack&) {
+  std::printf("\nDATABASE FILES   # RCDS    LAST UPDATE\n");
+  for (const std::string& name : OS_GetFileList("*.DBF")) {
+    int records = 0;
+    std::string date;
+    if (dbFileInfo(name, records, date) == 0)
+      std::printf("%-16s %05d     %s\n", name.c_str(), records, date.c_str());
+  }
+  std::printf("\n\n");
+  return 0;
+}
+
+int OpDspStat(int, Stack&) {
+  constexpr int keyEsc = 27;
+  std::printf("\n");
+  const bool any = _sayTables();
+  std::printf("\n\n");
+  if (any && AskWait() == keyEsc) return 0;
+  if (errnum) return 0;
+  std::printf("\nTODAYS DATE        - %s\n", DateNow().c_str());
+  if (!g_optval[optDEFAULT].empty())
+    std::printf("DEFAULT DISK DRIVE - %s\n", g_optval[optDEFAULT].c_str());
+  if (!g_optval[optALTERNATE].empty())
+    std::printf("ALTERNATE FILE     - %s\n", g_optval[optALTERNATE].c_str());
+  _saySettings();
+  std::printf("\n");
+  return 0;
+}
+
+}  // namespace mox

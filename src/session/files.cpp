@@ -1,0 +1,144 @@
+#include "session/files.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "host/host.h"
+
+namespace mox {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int _endMark = 0x1A;
+
+constexpr int _fpSlots = 10;
+constexpr int _fpFirst = 2;  // the first slot for files
+struct FpSlot {
+  std::FILE* stream;
+  bool ended;  // a read found the end of the text
+};
+FpSlot k7_fp[_fpSlots];
+
+bool _isOpen(int slot) { return slot >= 0 && slot < _fpSlots && k7_fp[slot].stream; }
+
+}  // namespace
+
+File FileOpen(const std::string& path, const char* mode) {
+  std::error_code ec;
+  if (fs::is_directory(path, ec)) return nullptr;
+  return File(std::fopen(path.c_str(), mode));
+}
+
+std::string FnFind(const std::string& path) {
+  std::error_code ec;
+  const fs::file_status status = fs::status(path, ec);
+  if (fs::exists(status) && !fs::is_directory(status)) return path;
+
+  const fs::path asked(path);
+  const std::string name = asked.filename().string();
+  if (name.empty()) return path;
+  const fs::path dir = asked.has_parent_path() ? asked.parent_path() : fs::path(".");
+  std::string found;
+  for (fs::directory_iterator i(dir, ec), end; !ec && i != end; i.increment(ec)) {
+    std::string other = i->path().filename().string();
+    std::error_code noFile;
+    if (StrICmp(other, name) != 0 || !i->is_regular_file(noFile)) continue;
+    if (!found.empty()) return path;
+    found = std::move(other);
+  }
+  if (ec || found.empty()) return path;
+  return path.substr(0, path.size() - name.size()) + found;
+}
+
+bool SameFile(const std::string& a, const std::string& b) {
+  std::error_code ec;
+  return fs::equivalent(a, b, ec) && !ec;
+}
+
+bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
+  line.clear();
+  bool content = true;
+  for (size_t n = 0; n < max; ++n) {
+    int c = std::getc(f);
+    if (c == EOF) return n > 0;
+    if (c == _endMark) {
+      std::ungetc(c, f);  // the next read meets it again
+      return n > 0;
+    }
+    if (c == '\r') {
+      const int next = std::getc(f);
+      if (next == '\n')
+        c = next;
+      else if (next != EOF)
+        std::ungetc(next, f);
+    }
+    if (c == 0) content = false;
+    if (content || c == '\n') line += static_cast<char>(c);
+    if (c == '\n') return true;
+  }
+  return max > 0;
+}
+
+std::optional<Lines> ReadLines(const std::string& path) {
+  const File f = FileOpen(FnFind(path), "rb");
+  if (!f) return std::nullopt;
+  Lines lines;
+  for (std::string line; ReadTextLine(f.get(), maxLine, line);) lines.push_back(rm_nl(line));
+  return lines;
+}
+
+void K7Init() { FpCloseAll(); }
+
+void FpCloseAll() {
+  for (int slot = _fpFirst; slot < _fpSlots; ++slot) FpClose(slot);
+  k7_fp[0] = {stdout, false};
+  k7_fp[1] = {stdin, false};
+}
+
+int FpFreeFile() {
+  for (int slot = 0; slot < _fpSlots; ++slot)
+    if (!k7_fp[slot].stream) return slot;
+  return -1;
+}
+
+int FpOpen(int slot, const std::string& path, const char* mode) {
+  if (slot < _fpFirst || slot >= _fpSlots) return -1;
+  if (_isOpen(slot)) return -2;
+  k7_fp[slot] = {FileOpen(path, mode).release(), false};
+  return _isOpen(slot) ? 0 : -3;
+}
+
+int FpClose(int slot) {
+  if (slot < _fpFirst || slot >= _fpSlots) return -1;
+  if (!_isOpen(slot)) return -2;
+  std::fclose(k7_fp[slot].stream);
+  k7_fp[slot] = {};
+  return 0;
+}
+
+std::optional<std::string> FpLineInput(int slot) {
+  if (!_isOpen(slot)) return std::nullopt;
+  FpSlot& fp = k7_fp[slot];
+  std::string line;
+  // The standard input has one buffer, which keys and lines share.
+  const bool got =
+      fp.stream == stdin ? OS_ReadLine(maxLine, line) : ReadTextLine(fp.stream, maxLine, line);
+  fp.ended = !got;
+  if (!got) return std::nullopt;
+  return std::move(rm_nl(line));
+}
+
+bool FpEOF(int slot) {
+  return !_isOpen(slot) || k7_fp[slot].ended || std::feof(k7_fp[slot].stream);
+}
+
+int FpPrintTxt(int slot, std::string_view text) {
+  if (slot < 0 || slot >= _fpSlots) return -1;
+  if (!_isOpen(slot)) return -2;
+  std::fwrite(text.data(), 1, text.size(), k7_fp[slot].stream);
+  return 0;
+}
+
+}  // namespace mox

@@ -1,0 +1,78 @@
+#include "session/prompt.h"
+
+#include <cstdio>
+
+#include "host/host.h"
+#include "lang/compile.h"
+#include "run/run.h"
+#include "session/error.h"
+#include "session/files.h"
+#include "session/options.h"
+#include "session/session.h"
+#include "store/db.h"
+
+namespace mox {
+
+namespace {
+
+// Reads lines until they compile to a whole list, or not at all: true when there is a list to run.
+bool _askCommand(Lines& lines, Lines& steps) {
+  int result = cmpOpen;
+  for (char prompt = '.'; result == cmpOpen; prompt = '>') {
+    if (lines.size() == maxBlockLines) {
+      SetErr("BLOCK TOO LONG", "");
+      return false;
+    }
+    std::printf("%c ", prompt);
+    std::string line;
+    if (!OS_ReadLine(maxLine, line)) {
+      std::printf("\n");
+      InputEnded();
+      return false;
+    }
+    lines.push_back(std::move(rm_nl(line)));
+    result = doCompile(false, lines, maxPromptSteps, steps);
+  }
+  return result == cmpDone;
+}
+
+void _sayError() {
+  if (errnum != errNone && errnum != errTold) SayErr2();
+}
+
+}  // namespace
+
+void AppVersion() { std::printf("MOX Version %d.%02d.%05d\n", 2, 40, 299); }
+
+void AskAndRun1Cmd() {
+  errnum = errNone;
+  Lines lines, steps;
+  if (_askCommand(lines, steps)) doRun(CutSteps(std::move(steps)));
+  _sayError();
+}
+
+void RunMoxProg(const std::string& name) {
+  Lines lines{"DO " + name};
+  Lines steps;
+  if (doCompile(false, lines, maxPromptSteps, steps) == cmpDone) doRun(CutSteps(std::move(steps)));
+  _sayError();
+}
+
+int moxmain(const std::string* program) {
+  OptDefaults();
+  K7Init();
+  dbInit();
+  g_keyboardCommand = AskAndRun1Cmd;
+  g_quit = 0;
+  if (program) {
+    RunMoxProg(*program);
+    return 0;
+  }
+  std::printf("\n");
+  AppVersion();
+  std::printf("\nType 'HELP', 'HELP MOX', or a command.\n");
+  while (!g_quit) AskAndRun1Cmd();
+  return 0;
+}
+
+}  // namespace mox

@@ -1,0 +1,20 @@
+// What ends the session, and the limits of its prompt.
+#pragma once
+
+#include <cstddef>
+
+namespace mox {
+
+// Set by QUIT and at the end of the input; the prompt loop ends behind the run that set it.
+extern int g_quit;
+// Set at the end of the input.
+extern bool g_ended;
+
+// The input has ended: the run stops without a message, and the session behind it.
+void InputEnded();
+
+// The most lines of a block at the prompt, and the limit of the steps of what is typed there.
+constexpr size_t maxBlockLines = 1000;
+constexpr size_t maxPromptSteps = 10000;
+
+}  // namespace mox

@@ -1,0 +1,209 @@
+#include "store/db.h"
+
+#include "session/error.h"
+
+namespace mox {
+
+namespace {
+
+struct DbArea {
+  DbfTable table;
+};
+
+DbArea db[maxAreas];
+int _area = 0;
+std::string _row0;  // image of the record before the change that is under way
+
+constexpr std::string_view letters = "ABCD";
+
+bool _inRange(int area) { return area >= 0 && area < maxAreas; }
+
+DbfTable& _table(int area) { return db[area == selectedArea ? _area : area].table; }
+
+// Hands what an operation wrote to the operating system and reports what went wrong.
+int _written(DbfTable& t, int result) {
+  if (result == 0) result = dbfFlush(t);
+  if (result == dbfFull) SetErr("TABLE IS FULL", t.name);
+  if (result == dbfCantWrite) SetErr("CANNOT WRITE FILE", t.name);
+  return result;
+}
+
+bool _hasPrefix(std::string_view name) { return name.size() >= 3 && name[1] == '.'; }
+
+}  // namespace
+
+int af2a(std::string_view name) {
+  if (!_hasPrefix(name)) return _area;
+  const char letter = UpperChr(name[0]);
+  if (letter == 'P') return 0;
+  if (letter == 'S') return 1;
+  const size_t area = letters.find(letter);
+  return area == letters.npos ? -2 : static_cast<int>(area);
+}
+
+std::string_view af2f(std::string_view name) { return _hasPrefix(name) ? name.substr(2) : name; }
+
+std::string af(int area, std::string_view name) {
+  std::string full;
+  if (_inRange(area)) full = {letters[area], '.'};
+  full += name;
+  return full;
+}
+
+bool DbChk() {
+  if (dbOPEN(selectedArea)) return true;
+  SetErr("NO DATABASE FILE IN USE", "");
+  return false;
+}
+
+void dbInit() {
+  for (DbArea& a : db) a = DbArea{};
+  _area = 0;
+}
+
+void dbReset() {
+  for (int area = 0; area < maxAreas; ++area) dbClose(area);
+  _area = 0;
+}
+
+int dbOpen(int area, std::string_view filename) { return dbfOpen(_table(area), filename); }
+
+int dbClose(int area) { return dbfClose(_table(area)); }
+
+int dbSelect(int area) {
+  if (_inRange(area)) _area = area;
+  return _area;
+}
+
+int dbSelected() { return _area; }
+
+int dbInUse(const std::string& filename) {
+  for (int area = 0; area < maxAreas; ++area)
+    if (dbOPEN(area) && SameFile(db[area].table.name, filename)) return area;
+  return -1;
+}
+
+std::string dbFn(int area) { return dbOPEN(area) ? _table(area).name : std::string(); }
+bool dbOPEN(int area) { return dbfOPEN(_table(area)); }
+int dbCOLS(int area) { return dbfCOLS(_table(area)); }
+int dbRECNO(int area) { return dbfRECNO(_table(area)); }
+bool dbEOF(int area) { return dbfEOF(_table(area)); }
+bool dbDELETED(int area) { return dbfDELETED(_table(area)); }
+int dbRMAX(int area) { return dbfROWS(_table(area)); }
+int dbFno(int area, std::string_view name) { return fldno(_table(area), name); }
+const std::string& dbName(int area, int field) { return _table(area).names[field]; }
+char dbTyp(int area, int field) { return _table(area).typ[field]; }
+int dbLen(int area, int field) { return _table(area).len[field]; }
+int dbDec(int area, int field) { return _table(area).dec[field]; }
+int dbDispStruc(int area) { return dbfDispStruc(_table(area)); }
+
+int dbFileInfo(const std::string& filename, int& records, std::string& date) {
+  DbfTable t;
+  if (dbfOpen(t, filename) != 0) return -1;
+  records = t.rmax;
+  date = StrFmt("%02d/%02d/%02d", t.date[0], t.date[1], t.date[2]);
+  dbfClose(t);
+  return 0;
+}
+
+std::string dbVal(int area, int field) { return fldget(_table(area), field); }
+
+std::optional<std::string> GetDb(std::string_view name) {
+  int area = 0;
+  if (_hasPrefix(name)) {
+    area = af2a(name);
+    if (area < 0) {
+      SynErr("AREA");
+      return "";
+    }
+    name = af2f(name);
+  }
+  const DbfTable& t = db[area].table;
+  const int field = fldno(t, name);
+  if (field < 0) return std::nullopt;
+  std::string text = fldget(t, field);
+  if (t.typ[field] == 'L') {
+    const bool truth = !text.empty() && std::string_view("TtYy").find(text[0]) != text.npos;
+    return truth ? "-1,L,1,0" : "0,L,1,0";
+  }
+  if (t.typ[field] != 'N') return s2qs(text);
+  text += ",N,";
+  text += std::to_string(t.len[field]);
+  text += ',';
+  text += std::to_string(t.dec[field]);
+  return text;
+}
+
+int dbSetVal(int area, int field, std::string_view value) {
+  return fldput(_table(area), field, qs2s(value));
+}
+
+const std::string& dbRow(int area) { return _table(area).row; }
+
+void dbSetRow(int area, const std::string& row) {
+  DbfTable& t = _table(area);
+  t.row = row;
+  t.row.resize(t.rowsize, ' ');
+}
+
+int dbTop(int area) { return dbfSkipTo(_table(area), 0); }
+
+int dbSkip(int area, int distance) {
+  if (distance == 0) return 0;
+  return dbfSkip(_table(area), distance);
+}
+
+int dbSkipTo(int area, int recno) {
+  DbfTable& t = _table(area);
+  if (t.rmax == 0) {
+    t.recno = 0;
+    t.eof = true;
+    return 0;
+  }
+  dbfSkipTo(t, recno);
+  return 0;
+}
+
+int dbAppend(int area) {
+  DbfTable& t = _table(area);
+  return _written(t, dbfAppend(t));
+}
+
+void dbRepl0(int area) {
+  if (dbOPEN(area)) _row0 = _table(area).row;
+}
+
+int dbReplace(int area) {
+  if (!dbOPEN(area)) return 0;
+  DbfTable& t = _table(area);
+  _written(t, dbfReplace(t));
+  _row0.clear();
+  return 0;
+}
+
+int dbRemove(int area) {
+  DbfTable& t = _table(area);
+  return _written(t, dbfRemove(t));
+}
+
+int dbDelete(int area) {
+  DbfTable& t = _table(area);
+  return _written(t, dbfDelete(t));
+}
+
+int dbRecall(int area) {
+  DbfTable& t = _table(area);
+  return _written(t, dbfRecall(t));
+}
+
+void dbDelToggle(int area) {
+  char& mark = _table(area).row[0];
+  mark = mark == '*' ? ' ' : '*';
+}
+
+int dbPack(int area) {
+  DbfTable& t = _table(area);
+  return _written(t, dbfPack(t));
+}
+
+}  // namespace mox

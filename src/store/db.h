@@ -1,0 +1,91 @@
+// The four work areas: each holds a table and keeps it in step.
+//
+// Everything above names a table by area number, 0 to 3, or -1 for the selected area. An area is
+// closed or open; each keeps its own position and its own record buffer across a change of the
+// selection. The areas live as long as the program.
+//
+//   area  letter  other prefix  SELECT name
+//   0     A       P             PRIMARY
+//   1     B       S             SECONDARY
+//   2     C
+//   3     D
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "session/misc.h"
+#include "store/dbf.h"
+
+namespace mox {
+
+constexpr int maxAreas = 4;
+constexpr int selectedArea = -1;
+
+// The area that a prefixed name addresses: A to D, P or S before a dot in second place, in either
+// case; the selected area without a prefix; -2 for another letter. And the name behind the prefix.
+int af2a(std::string_view name);
+std::string_view af2f(std::string_view name);
+// The name with the area's prefix.
+std::string af(int area, std::string_view name);
+
+// True when the selected area holds a table; otherwise reports that none is in use.
+bool DbChk();
+
+void dbInit();   // closes the areas without a report, selects area 0
+void dbReset();  // closes every open area, selects area 0
+// Results of dbfOpen. dbOpen doesn't close what the area holds: the caller does.
+int dbOpen(int area, std::string_view filename);
+int dbClose(int area);
+int dbSelect(int area);  // selects 0 to 3 and returns the selected area in any case
+int dbSelected();
+// The open area whose table is this file, however the path is spelt, or -1.
+int dbInUse(const std::string& filename);
+
+std::string dbFn(int area);  // file name; empty when the area is closed
+bool dbOPEN(int area);
+int dbCOLS(int area);
+int dbRECNO(int area);
+bool dbEOF(int area);
+bool dbDELETED(int area);
+int dbRMAX(int area);
+int dbFno(int area, std::string_view name);  // field index, or -1
+// By field index, with no test of it.
+const std::string& dbName(int area, int field);
+char dbTyp(int area, int field);
+int dbLen(int area, int field);
+int dbDec(int area, int field);
+int dbDispStruc(int area);
+// Record count and date ("dd/mm/yy") of a table file: 0, or -1 when it can't be opened.
+int dbFileInfo(const std::string& filename, int& records, std::string& date);
+
+// The raw characters of a field.
+std::string dbVal(int area, int field);
+// A field as a value, or nothing when there is no such field. Without a prefix the name is looked
+// up in area 0, whichever area is selected; a letter outside the table is an error.
+std::optional<std::string> GetDb(std::string_view name);
+// Sets a field in the record buffer from a value or from a text in quoted string form.
+int dbSetVal(int area, int field, std::string_view value);
+const std::string& dbRow(int area);
+void dbSetRow(int area, const std::string& row);
+
+// Moves. dbSkipTo takes 0 for the first record and -1 for the last; on an empty table it sets
+// recno 0 and eof. A move beyond the table sets eof and stays.
+int dbTop(int area);
+int dbSkip(int area, int distance);
+int dbSkipTo(int area, int recno);
+
+// Changes. A record is changed by dbRepl0, which keeps its image, dbSetVal or dbSetRow, which
+// change the buffer, and dbReplace, which writes it. Each hands what it wrote to the operating
+// system before it returns, and reports a refused write and a full table as errors.
+int dbAppend(int area);
+void dbRepl0(int area);
+int dbReplace(int area);
+int dbRemove(int area);
+int dbDelete(int area);
+int dbRecall(int area);
+void dbDelToggle(int area);  // turns the deletion mark over, in the buffer only
+int dbPack(int area);
+
+}  // namespace mox

@@ -1,0 +1,127 @@
+#include "vars/vars.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace mox {
+
+namespace {
+
+struct Var {
+  std::string name;
+  std::vector<std::string> values;  // row by row: element (r, c) is values[r * columns + c]
+  std::array<int, maxProps> props{};
+};
+
+std::vector<Var> _makeTable() {
+  std::vector<Var> table;
+  table.reserve(maxVars);  // the records stay where they are while the table grows
+  return table;
+}
+std::vector<Var> sym = _makeTable();
+
+const std::string _noText;
+
+bool _isVar(int number) { return number >= 0 && number < VarCount(); }
+
+// The element of an existing variable, or null for a subscript outside its dimensions.
+std::string* _element(int number, int row, int col) {
+  Var& var = sym[static_cast<size_t>(number)];
+  const int rows = var.props[propRows], cols = var.props[propCols];
+  if (row < 0 || row >= rows || col < 0 || col >= cols) return nullptr;
+  return &var.values[static_cast<size_t>(row) * static_cast<size_t>(cols) +
+                     static_cast<size_t>(col)];
+}
+
+}  // namespace
+
+int VarCount() { return static_cast<int>(sym.size()); }
+
+int VarNum(std::string_view name) {
+  for (size_t i = 0; i < sym.size(); ++i)
+    if (sym[i].name == name) return static_cast<int>(i);
+  return -1;
+}
+
+const std::string* VarName(int number) {
+  return _isVar(number) ? &sym[static_cast<size_t>(number)].name : nullptr;
+}
+
+int VarDim(std::string_view name, int rows, int cols) {
+  if (name.find('.') != name.npos) return varDotted;
+  if (VarNum(name) >= 0) return varNoArray;
+  if (VarCount() >= maxVars) return varFull;
+  Var var;
+  var.name = name;
+  var.props[propRows] = std::max(rows, 0);
+  var.props[propCols] = std::max(cols, 0);
+  var.values.resize(static_cast<size_t>(var.props[propRows]) *
+                    static_cast<size_t>(var.props[propCols]));
+  sym.push_back(std::move(var));
+  return VarCount() - 1;
+}
+
+int VarPutI2(int number, int row, int col, std::string_view text) {
+  if (!_isVar(number)) return varNoArray;
+  std::string* const element = _element(number, row, col);
+  if (!element) return varNoElement;
+  element->assign(text);  // the text may be a part of the element itself
+  return 0;
+}
+
+int VarPutS2(std::string_view name, int row, int col, std::string_view text) {
+  if (name.find('.') != name.npos) return varDotted;
+  int number = VarNum(name);
+  if (number < 0) {
+    if (row != 0 || col != 0) return varNoArray;
+    number = VarDim(name, 1, 1);
+    if (number < 0) return varFull;
+  }
+  return VarPutI2(number, row, col, text);
+}
+
+int VarPut(std::string_view name, std::string_view text) { return VarPutS2(name, 0, 0, text); }
+
+const std::string& VarGetI2(int number, int row, int col) {
+  const std::string* const element = _isVar(number) ? _element(number, row, col) : nullptr;
+  return element ? *element : _noText;
+}
+
+const std::string& VarGetS2(std::string_view name, int row, int col) {
+  return VarGetI2(VarNum(name), row, col);
+}
+
+const std::string& VarGet(std::string_view name) { return VarGetS2(name, 0, 0); }
+
+int VarGetProp(int number, int prop) {
+  if (!_isVar(number) || prop < 0 || prop >= maxProps) return -1;
+  return sym[static_cast<size_t>(number)].props[static_cast<size_t>(prop)];
+}
+
+int VarSetProp(int number, int prop, int value) {
+  if (!_isVar(number) || prop < 0 || prop >= maxProps) return -1;
+  sym[static_cast<size_t>(number)].props[static_cast<size_t>(prop)] = value;
+  return 0;
+}
+
+void VarClear() { sym.clear(); }
+
+bool IsLike(std::string_view name, std::string_view pattern) {
+  const size_t both = std::min(name.size(), pattern.size());
+  for (size_t i = 0; i < both; ++i) {
+    if (pattern[i] == '*') return true;
+    if (pattern[i] != '?' && pattern[i] != name[i]) return false;
+  }
+  return name.size() == both && pattern.find_first_not_of("?*", both) == pattern.npos;
+}
+
+void VarDel(std::string_view pattern) {
+  std::erase_if(sym, [&](const Var& var) { return IsLike(var.name, pattern); });
+}
+
+void VarDelExcept(std::string_view pattern) {
+  std::erase_if(sym, [&](const Var& var) { return !IsLike(var.name, pattern); });
+}
+
+}  // namespace mox
