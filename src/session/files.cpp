@@ -12,6 +12,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int _endMark = 0x1A;
+constexpr int _maxSpare = 100;  // names tried for a file that is to replace another
 
 constexpr int _fpSlots = 10;
 constexpr int _fpFirst = 2;  // the first slot for files
@@ -55,6 +56,42 @@ std::string FnFind(const std::string& path) {
 bool SameFile(const std::string& a, const std::string& b) {
   std::error_code ec;
   return fs::equivalent(a, b, ec) && !ec;
+}
+
+bool FileDelete(const std::string& path) {
+  std::error_code ec;
+  return !fs::is_directory(path, ec) && fs::remove(path, ec);
+}
+
+bool FileRename(const std::string& from, const std::string& to) {
+  std::error_code ec;
+  if (!fs::exists(from, ec) || fs::is_directory(from, ec)) return false;
+  if (fs::exists(fs::symlink_status(to, ec)) && !SameFile(from, to)) return false;
+  fs::rename(from, to, ec);
+  return !ec;
+}
+
+bool FileWrite(const std::string& path, std::string_view bytes) {
+  std::error_code ec;
+  const bool replaces = fs::exists(path, ec);
+  if (replaces && !FileOpen(path, "r+b")) return false;
+  const std::string target = replaces ? fs::canonical(path, ec).string() : path;  // behind a link
+  if (ec && replaces) return false;
+
+  std::string made;
+  File f;
+  for (int i = 0; !f && i < _maxSpare; ++i) {
+    made = target + '.' + std::to_string(i);
+    f = FileOpen(made, "wbx");
+  }
+  if (!f) return false;
+  bool written = std::fwrite(bytes.data(), 1, bytes.size(), f.get()) == bytes.size();
+  written = std::fclose(f.release()) == 0 && written;
+  if (written && replaces) fs::permissions(made, fs::status(target, ec).permissions(), ec);
+  if (written) fs::rename(made, target, ec);
+  if (written && !ec) return true;
+  fs::remove(made, ec);
+  return false;
 }
 
 bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
