@@ -67,6 +67,7 @@ constexpr StepEntry steps[] = {
     {"DSPMEM", OpDspMem},       //
     {"DSPSTAT", OpDspStat},     //
     {"DSPSTR", OpDspStr},       //
+    {"FIND", OpFind},           // text ->
     {"GETV", OpGetV},           // name [s1 [s2]] c -> value
     {"HELP", OpHelp},           // topic ->
     {"INC", OpInc},             // x -> x+1
@@ -75,6 +76,7 @@ constexpr StepEntry steps[] = {
     {"LOCATE", OpLocate},       // next for ->
     {"MSAVE", OpMSave},         // file pattern flag ->
     {"MUL", OpMul},             // a b -> r
+    {"NDX", OpNdx},             // key file ->
     {"NEG", OpNeg},             // a -> r
     {"NOT", OpNot},             // a -> logical
     {"OPT", OpOpt},             // name flag ->, or name text 2 ->
@@ -87,6 +89,7 @@ constexpr StepEntry steps[] = {
     {"PUTV", OpPutV},           // value name [s1 [s2]] c ->
     {"QUIT", OpQuit},           //
     {"RECALL1", OpRecall1},     // start n for ->
+    {"REINDEX", OpReNdx},       //
     {"RELEASE", OpRelease},     // p1 f1 .. pc fc c ->
     {"REMOVE", OpRemove},       //
     {"REN", OpRen},             // old new ->
