@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -205,7 +206,9 @@ int _foldSequence() {
 
 }  // namespace
 
-void ansi_on() {}
+// The terminal needs nothing. A write beyond the limit of a file's size shall fail like a write to
+// a full disk, and not end the program.
+void ansi_on() { std::signal(SIGXFSZ, SIG_IGN); }
 
 int _getch() {
   if (_scanCode >= 0) {

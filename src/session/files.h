@@ -28,6 +28,9 @@ std::string FnFind(const std::string& path);
 // True when both paths lead to one and the same existing file.
 bool SameFile(const std::string& a, const std::string& b);
 
+// Removes a file that couldn't be written to its end. A device stays.
+void FileDrop(const std::string& path);
+
 // The most bytes that one read of a text line gives, its line end included.
 constexpr size_t maxLine = 131;
 
