@@ -1,11 +1,19 @@
+// The condition runs once for each pair. The commonest one, a field of one area equal to a field of
+// the other, needs no run: the records of area 1 are noted by their value once, and each record of
+// area 0 finds its partners there. The pairs, their order and the areas' places are the same.
+
 #include "commands/moxjoin.h"
 
+#include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "commands/target.h"
 #include "run/handlers.h"
 #include "run/rundb.h"
 #include "session/error.h"
+#include "session/number.h"
+#include "session/options.h"
 #include "store/db.h"
 
 namespace mox {
@@ -13,6 +21,7 @@ namespace mox {
 namespace {
 
 constexpr int primary = 0, secondary = 1;
+constexpr int exactDigits = 16;  // behind the point of a number that must stay what it is
 
 // Where a field of the target comes from.
 struct JoinField {
@@ -70,7 +79,71 @@ int _addPair(DbfTable& t, const std::vector<JoinField>& fields) {
   return dbfReplace(t);
 }
 
+// The fields of a condition "field of one area = field of the other"; a text when the left one is.
+struct Equality {
+  int fields[2];  // by area
+  bool isText;
+};
+
+// The field that the three steps from a place on read, or nothing.
+std::optional<JoinField> _fieldRead(const Program& p, size_t at) {
+  if (p[at].core != Core::PUSH || p[at + 1].core != Core::PUSH || p[at + 1].operand != "1" ||
+      p[at + 2].handler != OpGetV)
+    return std::nullopt;
+  const std::string_view name = p[at].operand;
+  const std::string_view bare = af2f(name);
+  const int area = bare.size() == name.size() ? primary : af2a(name);
+  const int field = area < 0 ? -1 : dbFno(area, bare);
+  return field < 0 ? std::nullopt : std::optional(JoinField{area, field});
+}
+
+std::optional<Equality> _equality(const Program& p) {
+  constexpr size_t steps = 8;  // two fields, CMP, END
+  if (p.size() != steps || p[6].core != Core::CMP || p[6].operand != "EQ" || g_opt[optR1])
+    return std::nullopt;
+  const std::optional<JoinField> left = _fieldRead(p, 0);
+  const std::optional<JoinField> right = _fieldRead(p, 3);
+  if (!left || !right || left->area + right->area != primary + secondary ||
+      left->area == right->area)
+    return std::nullopt;
+  Equality e{{}, dbTyp(left->area, left->field) != 'N' && dbTyp(left->area, left->field) != 'L'};
+  e.fields[left->area] = left->field;
+  e.fields[right->area] = right->field;
+  return e;
+}
+
+// What two records must have in common, as the comparison of their values sees it.
+std::string _common(const Equality& e, int area) {
+  const std::string name = af(area, dbName(area, e.fields[area]));
+  std::string value = *GetDb(name);
+  if (!e.isText) return FmtSci(TxtToDbl(value) + 0.0, exactDigits);  // + 0.0: no minus zero
+  if (value[0] == '"') value.erase(0, 1);
+  return value;
+}
+
+int _joinEqual(DbfTable& t, const std::vector<JoinField>& fields, const Equality& e) {
+  dbSkipTo(primary, 0);
+  if (dbEOF(primary)) return 0;
+  std::unordered_map<std::string, std::vector<int>> partners;
+  for (dbSkipTo(secondary, 0); !dbEOF(secondary); dbSkip(secondary, 1))
+    partners[_common(e, secondary)].push_back(dbRECNO(secondary));
+  const int last = dbRECNO(secondary);
+  for (; !dbEOF(primary); dbSkip(primary, 1)) {
+    const auto found = partners.find(_common(e, primary));
+    if (found == partners.end()) continue;
+    for (const int recno : found->second) {
+      dbSkipTo(secondary, recno);
+      if (const int result = _addPair(t, fields); result != 0) return result;
+    }
+  }
+  if (last > 0) dbSkipTo(secondary, last);  // where the walk of each pair would leave it
+  dbSkip(secondary, 1);
+  return 0;
+}
+
 int _joinRecords(DbfTable& t, const std::vector<JoinField>& fields, Expr& condition) {
+  if (const std::optional<Equality> e = _equality(*condition.program))
+    return _joinEqual(t, fields, *e);
   for (dbSkipTo(primary, 0); !dbEOF(primary); dbSkip(primary, 1)) {
     for (dbSkipTo(secondary, 0); !dbEOF(secondary); dbSkip(secondary, 1)) {
       if (!Qualifies(condition)) continue;
