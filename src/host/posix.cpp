@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -233,7 +234,9 @@ int _foldSequence() {
 
 void PosixLineMode() { _setMode(Mode::line); }
 
-void ansi_on() {}
+// The terminal needs nothing. A write beyond the limit of a file's size shall fail like a write to
+// a full disk, and not end the program.
+void ansi_on() { std::signal(SIGXFSZ, SIG_IGN); }
 
 int _getch() {
   if (_scanCode >= 0) {

@@ -122,6 +122,18 @@ int OpNdx(int depth, Stack& stk);
 int OpReNdx(int depth, Stack& stk);
 int OpFind(int depth, Stack& stk);
 
+// moxcopy, sdf
+int OpCpyMox(int depth, Stack& stk);
+int OpCpyDef(int depth, Stack& stk);
+int OpApndDbf(int depth, Stack& stk);
+int OpApndSdf(int depth, Stack& stk);
+
+// moxsort, moxjoin, moxtotal, moxupdate
+int OpSort(int depth, Stack& stk);
+int OpJoin(int depth, Stack& stk);
+int OpTotal(int depth, Stack& stk);
+int OpUpdate(int depth, Stack& stk);
+
 // moxcreate
 int OpCreate(int depth, Stack& stk);
 

@@ -30,5 +30,7 @@ bool Qualifies(Expr& condition);
 // 0, or -1 after a report when the condition gives no complete list: nothing is visited then.
 int ScanRecords(int start, int count, const std::string& condition,
                 const std::function<bool()>& action);
+// The same with a condition that is compiled.
+void ScanRecords(int start, int count, Expr& condition, const std::function<bool()>& action);
 
 }  // namespace mox

@@ -136,12 +136,16 @@ int ScanRecords(int start, int count, const std::string& condition,
                 const std::function<bool()>& action) {
   Expr test(condition, scanSteps);
   if (ScanCompile(test) != 0) return -1;
+  ScanRecords(start, count, test, action);
+  return 0;
+}
+
+void ScanRecords(int start, int count, Expr& condition, const std::function<bool()>& action) {
   dbSkipTo(selectedArea, start);
   for (int i = 0; i < count && !dbEOF(selectedArea) && !Interrupted();) {
-    if (Qualifies(test) && !action()) break;
+    if (Qualifies(condition) && !action()) break;
     if (++i < count) dbSkip(selectedArea, 1);
   }
-  return 0;
 }
 
 int OpList(int depth, Stack& stk) {

@@ -49,11 +49,15 @@ constexpr StepEntry steps[] = {
     {"ADD", OpAdd},             // a b -> r
     {"ADDREC", OpAddRec},       // carry ->
     {"AND", OpAnd},             // a b -> logical
+    {"APNDDBF", OpApndDbf},     // file for ->
+    {"APNDSDF", OpApndSdf},     // file delimiter for ->
     {"CANCEL", OpCancel},       //
     {"CLALL", OpClAll},         //
     {"CLMEM", OpClMem},         //
     {"CONTINUE", OpContinue},   //
     {"COUNT1", OpCount1},       // start n for var ->
+    {"CPYDEF", OpCpyDef},       // file f1 .. fc c ->
+    {"CPYMOX", OpCpyMox},       // file start n f1 .. fc c for Y/N delimiter ->
     {"CREATE", OpCreate},       // file ->
     {"DEC", OpDec},             // x -> x-1
     {"DEL", OpDel},             // file ->
@@ -72,6 +76,7 @@ constexpr StepEntry steps[] = {
     {"HELP", OpHelp},           // topic ->
     {"INC", OpInc},             // x -> x+1
     {"INPUT", OpInput},         // prompt -> text
+    {"JOIN", OpJoin},           // file for f1 .. fc c ->
     {"LIST", OpList},           // e1 .. ec c start n for ->
     {"LOCATE", OpLocate},       // next for ->
     {"MSAVE", OpMSave},         // file pattern flag ->
@@ -101,9 +106,12 @@ constexpr StepEntry steps[] = {
     {"SETFLD", OpSetFld},       // value field ->
     {"SETNDX", OpSetNdx},       // f1 .. fc c ->
     {"SKIP", OpSkip},           // n ->
+    {"SORT", OpSort},           // field file order ->
     {"STORE", OpStore},         // value name [s1 [s2]] c ->
     {"SUB", OpSub},             // a b -> r
     {"SUM1", OpSum1},           // e1 .. ec c start n for t1 .. td d ->
+    {"TOTAL", OpTotal},         // file key f1 .. fc c ->
+    {"UPDATE", OpUpdate},       // file key a1 .. ac c t1 .. td d s1 .. se e ->
     {"UPDREC0", OpUpdRec0},     //
     {"UPDREC2", OpUpdRec2},     //
     {"USE", OpUse},             // file ->

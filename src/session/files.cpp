@@ -94,6 +94,12 @@ bool FileWrite(const std::string& path, std::string_view bytes) {
   return false;
 }
 
+void FileDrop(const std::string& path) {
+  std::error_code ec;
+  const fs::path file = fs::canonical(path, ec);  // the file itself when the path is a link
+  if (!ec && fs::is_regular_file(file, ec)) fs::remove(file, ec);
+}
+
 bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
   line.clear();
   bool content = true;

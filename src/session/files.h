@@ -35,6 +35,8 @@ bool FileRename(const std::string& from, const std::string& to);
 // Makes the file hold these bytes. They are written to a file beside it first, so that a full disk
 // leaves what was there: false then, and whenever it can't be done.
 bool FileWrite(const std::string& path, std::string_view bytes);
+// Removes a file that couldn't be written to its end. A device stays.
+void FileDrop(const std::string& path);
 
 // The most bytes that one read of a text line gives, its line end included.
 constexpr size_t maxLine = 131;

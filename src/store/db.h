@@ -116,4 +116,13 @@ int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk);
 // Rebuilds the indexes of the selected area from their key expressions: 0, or -1 after a report.
 int dbReindex(bool talk);
 
+// Whole tables. An empty list means all fields of the area.
+//
+// dbCopyStruc makes an empty table with the named fields: 0; -1 a name isn't a field (the file has
+// the fields before it); dbfCantCreate; dbfCantWrite (no file is left).
+int dbCopyStruc(int area, const Lines& fields, const std::string& filename);
+// The same with the live records, in order; the area goes back to its record. 0; -1 the structure
+// can't be made; dbfCantWrite (no file is left).
+int dbCopyData(int area, const Lines& fields, const std::string& filename);
+
 }  // namespace mox
