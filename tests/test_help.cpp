@@ -106,7 +106,7 @@ TEST(Help, EachNameHasATopic) {
   int options = 0;
   for (const char* group :
        {"Printing:", "Records:", "Forms:", "Programs:", "Inside:", "No effect:"}) {
-    for (const Lines& list : Blocks(topics.at("SET"), std::string("  ") + group)) {
+    for (const Lines& list : Blocks(topics.at("SET"), group)) {
       for (const std::string& name : Names(list)) {
         EXPECT_GE(OptFind(name), 0) << name;
         ++options;
