@@ -71,7 +71,7 @@ Lines Names(const Lines& list) {
   return names;
 }
 
-std::string TopicOf(std::string name) { return str_replace(name, " ", "-"); }
+std::string TopicOf(const std::string& name) { return str_replace(name, " ", "-"); }
 
 }  // namespace
 
