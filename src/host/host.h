@@ -15,7 +15,8 @@ namespace mox {
 
 constexpr int keyEnd = -1;  // _getch at the end of the input
 
-// Called once at start: the console interprets ANSI sequences from now on.
+// Called once at start, before any file is opened: the console interprets ANSI sequences from now
+// on, and each of the three standard streams is open.
 void ansi_on();
 
 // Waits for one key, without echo and without line buffering, and gives one byte of it. A cursor

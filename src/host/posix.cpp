@@ -1,4 +1,5 @@
 // The console of a POSIX host: keys and lines from file descriptor 0 through one buffer.
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <termios.h>
@@ -205,7 +206,12 @@ int _foldSequence() {
 
 }  // namespace
 
-void ansi_on() {}
+// A standard stream that was closed leaves its descriptor to the next file opened, and a table on
+// descriptor 1 would take the program's output. The null device holds such a place.
+void ansi_on() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
+    if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) _exit(1);
+}
 
 int _getch() {
   if (_scanCode >= 0) {
