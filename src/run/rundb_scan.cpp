@@ -35,14 +35,16 @@ std::vector<Expr> _expressions(const Stack& stk, int first, int n) {
 
 bool _listRecord(std::vector<Expr>& expressions) {
   if (!validRno()) return true;
+  bool whole = true;
   dspRnoDel();
   for (Expr& e : expressions) {
-    if (dspExpr(e) != 0) return false;
+    whole = dspExpr(e) == 0;
+    if (!whole) break;
     SayTxt(-1, " ");
   }
   if (expressions.empty()) dspFlds();
   std::putchar('\n');
-  return true;
+  return whole;
 }
 
 // DELETE and RECALL: start n for ->
