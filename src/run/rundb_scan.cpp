@@ -53,8 +53,10 @@ int _markRecords(int depth, Stack& stk, bool counts, int (*mark)(int), const cha
   if (!DbChk()) return -removed;
   int tally = 0;
   const auto action = [&] {
-    if (dbDELETED(selectedArea) == counts) ++tally;
-    return mark(selectedArea) == 0;
+    const bool changes = dbDELETED(selectedArea) == counts;
+    if (mark(selectedArea) != 0) return false;
+    tally += changes;
+    return true;
   };
   if (ScanRecords(StackInt(stk[depth - 3]), StackInt(stk[depth - 2]), stk[depth - 1], action) == 0)
     _say(told, tally);
