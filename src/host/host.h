@@ -16,8 +16,9 @@ namespace mox {
 
 constexpr int keyEnd = -1;  // _getch at the end of the input
 
-// Called once at start: the console interprets ANSI sequences from now on, and a refused write is
-// an error of that write and never the program's end.
+// Called once at start, before any file is opened: the console interprets ANSI sequences from now
+// on, each of the three standard streams is open, and a refused write is an error of that write
+// and never the program's end.
 void ansi_on();
 
 // Waits for one key, without echo and without line buffering, and gives one byte of it. A cursor

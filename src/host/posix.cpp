@@ -1,4 +1,5 @@
 // The console of a POSIX host: keys and lines from file descriptor 0 through one buffer.
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <termios.h>
@@ -234,9 +235,14 @@ int _foldSequence() {
 
 void PosixLineMode() { _setMode(Mode::line); }
 
-// The terminal needs nothing. A write beyond the limit of a file's size shall fail like a write to
-// a full disk, and not end the program.
-void ansi_on() { std::signal(SIGXFSZ, SIG_IGN); }
+// A standard stream that was closed leaves its descriptor to the next file opened, and a table on
+// descriptor 1 would take the program's output: the null device holds such a place. A write beyond
+// the limit of a file's size shall fail like one to a full disk, and not end the program.
+void ansi_on() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
+    if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) _exit(1);
+  std::signal(SIGXFSZ, SIG_IGN);
+}
 
 int _getch() {
   if (_scanCode >= 0) {

@@ -36,14 +36,16 @@ std::vector<Expr> _expressions(const Stack& stk, int first, int n) {
 
 bool _listRecord(std::vector<Expr>& expressions) {
   if (!validRno()) return true;
+  bool whole = true;
   dspRnoDel();
   for (Expr& e : expressions) {
-    if (dspExpr(e) != 0) return false;
+    whole = dspExpr(e) == 0;
+    if (!whole) break;
     SayTxt(-1, " ");
   }
   if (expressions.empty()) dspFlds();
   std::putchar('\n');
-  return true;
+  return whole;
 }
 
 // DELETE and RECALL: start n for ->
@@ -52,8 +54,10 @@ int _markRecords(int depth, Stack& stk, bool counts, int (*mark)(int), const cha
   if (!DbChk()) return -removed;
   int tally = 0;
   const auto action = [&] {
-    if (dbDELETED(selectedArea) == counts) ++tally;
-    return mark(selectedArea) == 0;
+    const bool changes = dbDELETED(selectedArea) == counts;
+    if (mark(selectedArea) != 0) return false;
+    tally += changes;
+    return true;
   };
   if (ScanRecords(StackInt(stk[depth - 3]), StackInt(stk[depth - 2]), stk[depth - 1], action) == 0)
     _say(told, tally);

@@ -1,6 +1,8 @@
 #include "screen/moxcreate.h"
 
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 #include <vector>
 
 #include "host/host.h"
@@ -13,6 +15,8 @@
 #include "store/dbf.h"
 
 namespace mox {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -38,6 +42,26 @@ bool _askFields(std::vector<FieldDef>& fields) {
     if (_CrFld(split(line, ","), field) == 0) fields.push_back(field);
   }
   return true;
+}
+
+// Makes the table beside its place and moves it there when it is whole, so that what stood there
+// is lost to no half-made table: null, or what failed.
+const char* _writeTable(const std::string& path, const std::vector<FieldDef>& fields) {
+  const std::string fresh = path + ".$$$";
+  DbfTable t;
+  if (dbfCreate(t, fresh) != 0) {
+    std::remove(fresh.c_str());
+    return "CANNOT CREATE FILE";
+  }
+  int number = 0;
+  for (const FieldDef& f : fields) dbfFld(t, ++number, f.name, f.type, f.width, f.decimals);
+  const int written = dbfFld(t, 0, "", ' ', 0, 0);
+  const int closed = dbfClose(t);
+  std::error_code unmoved;
+  if (written == 0 && closed == 0) fs::rename(fresh, path, unmoved);
+  if (written == 0 && closed == 0 && !unmoved) return nullptr;
+  std::remove(fresh.c_str());
+  return unmoved ? "CANNOT CREATE FILE" : "CANNOT WRITE FILE";
 }
 
 }  // namespace
@@ -67,17 +91,10 @@ int MoxCreate(const std::string& filename) {
     InputEnded();
     return -1;
   }
-  DbfTable t;
-  if (dbfCreate(t, path) != 0) {
-    SetErr("CANNOT CREATE FILE", path);
-    return -1;
-  }
-  int number = 0;
-  for (const FieldDef& f : fields) dbfFld(t, ++number, f.name, f.type, f.width, f.decimals);
-  int result = dbfFld(t, 0, "", ' ', 0, 0);
-  if (int closed = dbfClose(t); result == 0) result = closed;
-  if (result != 0) SetErr("CANNOT WRITE FILE", path);
-  return result == 0 ? 0 : -1;
+  const char* const failed = _writeTable(path, fields);
+  if (!failed) return 0;
+  SetErr(failed, path);
+  return -1;
 }
 
 int OpCreate(int depth, Stack& stk) {

@@ -21,8 +21,9 @@ struct FieldDef {
 // 0, or after a message -1 for a bad name, -2 for a bad type, -3 for a bad width.
 int _CrFld(const Lines& words, FieldDef& field);
 
-// Asks for the fields of a new table line by line, and writes it, empty. Nothing is written when
-// the input ends before the last line. 0, or -1 after a report.
+// Asks for the fields of a new table line by line, and writes it, empty. A file of that name stays
+// as it was when the input ends before the last line or when the table can't be written. 0, or -1
+// after a report.
 int MoxCreate(const std::string& filename);
 
 }  // namespace mox
