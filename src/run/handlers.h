@@ -68,8 +68,13 @@ int OpUpdRec0(int depth, Stack& stk);
 int OpSetFld(int depth, Stack& stk);
 int OpUpdRec2(int depth, Stack& stk);
 int OpRemove(int depth, Stack& stk);
-int OpSetNdx(int depth, Stack& stk);
 int OpPack(int depth, Stack& stk);
+
+// rundb_index
+int OpSetNdx(int depth, Stack& stk);
+int OpNdx(int depth, Stack& stk);
+int OpReNdx(int depth, Stack& stk);
+int OpFind(int depth, Stack& stk);
 
 // moxcreate
 int OpCreate(int depth, Stack& stk);

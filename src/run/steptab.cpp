@@ -38,11 +38,13 @@ constexpr StepEntry steps[] = {
     {"DSPDBF", OpDspDbf},       //
     {"DSPSTAT", OpDspStat},     //
     {"DSPSTR", OpDspStr},       //
+    {"FIND", OpFind},           // text ->
     {"GETV", OpGetV},           // name [s1 [s2]] c -> value
     {"INC", OpInc},             // x -> x+1
     {"LIST", OpList},           // e1 .. ec c start n for ->
     {"LOCATE", OpLocate},       // next for ->
     {"MUL", OpMul},             // a b -> r
+    {"NDX", OpNdx},             // key file ->
     {"NEG", OpNeg},             // a -> r
     {"NOT", OpNot},             // a -> logical
     {"OPT", OpOpt},             // name flag ->, or name text 2 ->
@@ -55,6 +57,7 @@ constexpr StepEntry steps[] = {
     {"PUTV", OpPutV},           // value name [s1 [s2]] c ->
     {"QUIT", OpQuit},           //
     {"RECALL1", OpRecall1},     // start n for ->
+    {"REINDEX", OpReNdx},       //
     {"RELEASE", OpRelease},     // p1 f1 .. pc fc c ->
     {"REMOVE", OpRemove},       //
     {"RETURN", OpReturn},       //
