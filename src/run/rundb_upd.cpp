@@ -59,7 +59,8 @@ int OpRemove(int, Stack&) {
   return 0;
 }
 
-// The indexes are built anew also behind a pack that broke off: it may have moved records.
+// The indexes are built anew also behind a pack that broke off: it may have moved records. When
+// one can't be built, all are closed: the old file leads to the wrong records.
 int OpPack(int, Stack&) {
   if (!DbChk()) return 0;
   const bool packed = dbPack(selectedArea) == 0;
@@ -67,7 +68,7 @@ int OpPack(int, Stack&) {
   const auto message = errmsg;
   if (packed && g_opt[optTALK])
     std::printf("PACK COMPLETE, %05d RECORDS COPIED\n", dbRMAX(selectedArea));
-  dbReindex(g_opt[optTALK]);
+  if (dbReindex(g_opt[optTALK]) != 0) dbClrIndex(selectedArea);
   if (packed) return 0;
   errnum = failed;
   errmsg = message;
