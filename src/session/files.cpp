@@ -28,7 +28,8 @@ bool _isOpen(int slot) { return slot >= 0 && slot < _fpSlots && k7_fp[slot].stre
 
 File FileOpen(const std::string& path, const char* mode) {
   std::error_code ec;
-  if (fs::is_directory(path, ec)) return nullptr;
+  const fs::file_status status = fs::status(path, ec);
+  if (fs::is_directory(status) || fs::is_fifo(status)) return nullptr;  // a pipe might never open
   return File(std::fopen(path.c_str(), mode));
 }
 

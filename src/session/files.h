@@ -18,7 +18,7 @@ struct FileCloser {
 // A stream that closes with its owner.
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Opens the path as it stands; null when it can't be opened or is a directory.
+// Opens the path as it stands; null when it can't be opened or is a directory or a named pipe.
 File FileOpen(const std::string& path, const char* mode);
 
 // The name of an existing file: the path as it stands if such a file is there, else the one file
