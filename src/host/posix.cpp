@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -208,7 +207,7 @@ int _foldSequence() {
 
 // The terminal needs nothing. A write beyond the limit of a file's size shall fail like a write to
 // a full disk, and not end the program.
-void ansi_on() { std::signal(SIGXFSZ, SIG_IGN); }
+void ansi_on() { signal(SIGXFSZ, SIG_IGN); }
 
 int _getch() {
   if (_scanCode >= 0) {
