@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -241,7 +240,7 @@ void PosixLineMode() { _setMode(Mode::line); }
 void ansi_on() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
     if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) _exit(1);
-  std::signal(SIGXFSZ, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
 }
 
 int _getch() {
