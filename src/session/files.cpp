@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "host/host.h"
+#include "host/path.h"
 
 namespace mox {
 
@@ -26,23 +27,24 @@ bool _isOpen(int slot) { return slot >= 0 && slot < _fpSlots && k7_fp[slot].stre
 }  // namespace
 
 File FileOpen(const std::string& path, const char* mode) {
+  const fs::path named = PathOf(path);
   std::error_code ec;
-  if (fs::is_directory(path, ec)) return nullptr;
+  if (named.empty() || fs::is_directory(named, ec)) return nullptr;
   return File(std::fopen(path.c_str(), mode));
 }
 
 std::string FnFind(const std::string& path) {
+  const fs::path asked = PathOf(path);
   std::error_code ec;
-  const fs::file_status status = fs::status(path, ec);
+  const fs::file_status status = fs::status(asked, ec);
   if (fs::exists(status) && !fs::is_directory(status)) return path;
 
-  const fs::path asked(path);
-  const std::string name = asked.filename().string();
+  const std::string name = NameOf(asked);
   if (name.empty()) return path;
   const fs::path dir = asked.has_parent_path() ? asked.parent_path() : fs::path(".");
   std::string found;
   for (fs::directory_iterator i(dir, ec), end; !ec && i != end; i.increment(ec)) {
-    std::string other = i->path().filename().string();
+    std::string other = NameOf(i->path());
     std::error_code noFile;
     if (StrICmp(other, name) != 0 || !i->is_regular_file(noFile)) continue;
     if (!found.empty()) return path;
@@ -54,7 +56,7 @@ std::string FnFind(const std::string& path) {
 
 bool SameFile(const std::string& a, const std::string& b) {
   std::error_code ec;
-  return fs::equivalent(a, b, ec) && !ec;
+  return fs::equivalent(PathOf(a), PathOf(b), ec) && !ec;
 }
 
 bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
