@@ -20,6 +20,8 @@ constexpr int _endMark = 0x1A;
 constexpr int _forever = -1;
 constexpr ULONGLONG _sequenceWait = 50;  // ms in which the rest of an escape sequence arrives
 constexpr DWORD _pollEvery = 5;          // ms between two looks at a pipe
+constexpr DWORD _showEvery = 100;        // ms in which printed output appears
+constexpr size_t _outputSize = 4096;
 constexpr DWORD _ansiMode = 7;  // processed output, wrap at the end of line, ANSI sequences
 
 // Bytes read and not yet taken, from _pos on: all input that isn't from a console; of a console,
@@ -47,6 +49,7 @@ DWORD _foundMode;
 UINT _foundPage;
 
 void _restore() {
+  std::fflush(stdout);
   SetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), _foundMode);
   SetConsoleOutputCP(_foundPage);
 }
@@ -55,6 +58,15 @@ void _restore() {
 BOOL WINAPI _onStop(DWORD) {
   _restore();
   return FALSE;
+}
+
+// The output console takes whole texts, since it draws slowly and knows no part of a character;
+// but what is printed during a long run is seen soon.
+DWORD WINAPI _showOutput(void*) {
+  for (;;) {
+    Sleep(_showEvery);
+    std::fflush(stdout);
+  }
 }
 
 // Appends to the buffer what the console gave.
@@ -214,6 +226,9 @@ void ansi_on() {
   SetConsoleMode(output, _ansiMode);
   SetConsoleOutputCP(CP_UTF8);
   std::atexit(_restore);
+  std::setvbuf(stdout, nullptr, _IOFBF, _outputSize);
+  if (HANDLE thread = CreateThread(nullptr, 0, _showOutput, nullptr, 0, nullptr))
+    CloseHandle(thread);
   SetConsoleCtrlHandler(_onStop, TRUE);
 }
 
