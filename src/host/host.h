@@ -29,8 +29,25 @@ int _getch();
 bool _kbhit();
 
 // Reads one line of at most max bytes (its line feed included) with the host's line editing; a
-// longer line comes in several reads. CR LF is one line end. False at the end of the input.
+// longer line comes in several reads. CR LF is one line end. False at the end of the input, and
+// when Ctrl-C breaks the read off.
 bool OS_ReadLine(size_t max, std::string& line);
+
+// Ctrl-C. While a key is awaited it is a key as any other. At all other times, from OS_CatchInterrupt
+// on, it is noted, and breaks off a read of a line, which then gives false. The note stays until it
+// is forgotten, and what was typed before it with it; input that isn't a terminal ends with it.
+void OS_CatchInterrupt();
+bool OS_Interrupted();
+void OS_ForgetInterrupt();
+
+// Starts a program, looked up as the host does, with its arguments split as a shell splits words,
+// in the current directory and with the terminal in line mode, and waits for its end. Its exit
+// code, or -1 when it can't be started or has none. The mode is that of the program's window and
+// counts only where there are windows.
+int OS_RunProgWait(const std::string& program, const std::string& args, int mode);
+
+// The directory of the running program's file.
+std::string OS_GetProgDir();
 
 // The names, without directory part, of the files (or directories, but "." and "..") that fit a
 // pattern, in the host's order. The pattern has a directory part and a last part in which * fits

@@ -17,13 +17,16 @@ inline std::filesystem::path PathOf(const std::string& text) {
   }
 }
 
-// The last part of a path as a text; empty when it can't be told as one.
-inline std::string NameOf(const std::filesystem::path& path) {
+// A path as a text; empty when it can't be told as one.
+inline std::string TextOf(const std::filesystem::path& path) {
   try {
-    return path.filename().string();
+    return path.string();
   } catch (const std::system_error&) {
     return {};
   }
 }
+
+// The last part of a path as a text.
+inline std::string NameOf(const std::filesystem::path& path) { return TextOf(path.filename()); }
 
 }  // namespace mox

@@ -58,6 +58,10 @@ void _onStop(int sig) {
 
 void _onContinue(int) {}  // only interrupts the wait
 
+// Ctrl-C while no key is awaited.
+volatile sig_atomic_t _interrupted = 0;
+void _onInterrupt(int) { _interrupted = 1; }
+
 class KeyMode {
  public:
   KeyMode() {
@@ -95,10 +99,12 @@ class KeyMode {
   struct sigaction _beforeContinue;
 };
 
-// True when input can be read within ms. Its end counts as input.
+// True when input can be read within ms. Its end counts as input. False at once when Ctrl-C breaks
+// the wait off.
 bool _waitInput(int ms) {
   pollfd fd = {STDIN_FILENO, POLLIN, 0};
   for (;;) {
+    if (!_inKeyMode && _interrupted) return false;
     const int ready = poll(&fd, 1, ms);
     if (ready >= 0 || errno != EINTR) return ready > 0;
     if (_inKeyMode) tcsetattr(STDIN_FILENO, TCSANOW, &_keyMode);
@@ -113,7 +119,7 @@ bool _fill(int ms) {
   _pos = 0;
   std::fflush(nullptr);
   for (;;) {
-    if (ms != _forever && !_waitInput(ms)) return false;
+    if (!_waitInput(ms)) return false;
     const ssize_t n = read(STDIN_FILENO, _buf + _end, sizeof _buf - _end);
     if (n > 0) {
       _end += static_cast<size_t>(n);
@@ -121,9 +127,7 @@ bool _fill(int ms) {
     }
     if (n < 0 && errno == EINTR) {
       if (_inKeyMode) tcsetattr(STDIN_FILENO, TCSANOW, &_keyMode);
-    } else if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-      if (!_waitInput(ms)) return false;
-    } else {
+    } else if (n >= 0 || (errno != EAGAIN && errno != EWOULDBLOCK)) {
       _ended = !_isTerminal();
       return false;
     }
@@ -195,12 +199,32 @@ bool OS_ReadLine(size_t max, std::string& line) {
     } else if (c == '\r' && _have(0, _forever) && _buf[_pos] == '\n') {
       c = _buf[_pos++];
     }
-    if (c == keyEnd) return n > 0;
+    if (c == keyEnd) return n > 0 && !_interrupted;
     if (c == 0) content = false;
     if (content || c == '\n') line += static_cast<char>(c);
     if (c == '\n') return true;
   }
   return max > 0;
+}
+
+void OS_CatchInterrupt() {
+  struct sigaction action = {}, before;
+  action.sa_handler = _onInterrupt;
+  action.sa_flags = SA_RESTART;  // but of the waits for input, which never restart
+  sigemptyset(&action.sa_mask);
+  if (sigaction(SIGINT, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+    sigaction(SIGINT, &action, nullptr);
+}
+
+bool OS_Interrupted() { return _interrupted; }
+
+void OS_ForgetInterrupt() {
+  if (!_interrupted) return;
+  _interrupted = 0;
+  _pos = _end;
+  _skipLf = false;
+  _scanCode = -1;
+  _ended = _ended || !_isTerminal();
 }
 
 }  // namespace mox

@@ -2,8 +2,11 @@
 // takes and gives is converted, and the manifest makes file names and arguments so.
 #define WIN32_LEAN_AND_MEAN
 #define NOMINMAX
+#include <fcntl.h>
+#include <io.h>
 #include <windows.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -18,9 +21,10 @@ namespace {
 
 constexpr int _endMark = 0x1A;
 constexpr int _forever = -1;
-constexpr ULONGLONG _sequenceWait = 50;  // ms in which the rest of an escape sequence arrives
-constexpr DWORD _pollEvery = 5;          // ms between two looks at a pipe
-constexpr DWORD _showEvery = 100;        // ms in which printed output appears
+constexpr int _sequenceWait = 50;  // ms in which the rest of an escape sequence arrives
+constexpr DWORD _pollEvery = 5;    // ms between two looks at a pipe
+constexpr DWORD _noteWait = 1000;  // ms in which Ctrl-C is noted
+constexpr DWORD _showEvery = 100;  // ms in which printed output appears
 constexpr size_t _outputSize = 4096;
 constexpr DWORD _ansiMode = 7;  // processed output, wrap at the end of line, ANSI sequences
 
@@ -45,6 +49,7 @@ bool _isConsole() {
 }
 
 // The output console as it was found.
+bool _outputFound = false;
 DWORD _foundMode;
 UINT _foundPage;
 
@@ -54,9 +59,16 @@ void _restore() {
   SetConsoleOutputCP(_foundPage);
 }
 
-// Lets the event do what it does by default, with the console as it was found.
-BOOL WINAPI _onStop(DWORD) {
-  _restore();
+// Ctrl-C while no key is awaited is noted. Other events do what they do by default, with the
+// console as it was found. The host calls this in a thread of its own.
+std::atomic<bool> _interrupted = false;
+
+BOOL WINAPI _onEvent(DWORD event) {
+  if (event == CTRL_C_EVENT) {
+    _interrupted = true;
+    return TRUE;
+  }
+  if (_outputFound) _restore();
   return FALSE;
 }
 
@@ -87,23 +99,29 @@ bool _fillFromConsole() {
   DWORD n = 0;
   if (!ReadConsoleW(_input(), text, static_cast<DWORD>(std::size(text)), &n, nullptr)) return false;
   _append(text, n);
+  // Nothing comes when Ctrl-C breaks the read off, which is noted a moment later.
+  if (n == 0 && GetLastError() == ERROR_OPERATION_ABORTED)
+    for (DWORD ms = 0; ms < _noteWait && !_interrupted; ms += _pollEvery) Sleep(_pollEvery);
   return n > 0;
 }
 
-// True when input can be read within ms. Its end counts as input.
-bool _waitInput(ULONGLONG ms) {
-  if (GetFileType(_input()) != FILE_TYPE_PIPE) return true;
+// True when input can be read within ms. Its end counts as input. False at once when Ctrl-C breaks
+// the wait off.
+bool _waitInput(int ms) {
+  const bool pipe = GetFileType(_input()) == FILE_TYPE_PIPE;
   const ULONGLONG start = GetTickCount64();
   for (;;) {
+    if (_interrupted) return false;
     DWORD ready = 0;
-    if (!PeekNamedPipe(_input(), nullptr, 0, nullptr, &ready, nullptr) || ready > 0) return true;
-    if (GetTickCount64() - start >= ms) return false;
+    if (!pipe || !PeekNamedPipe(_input(), nullptr, 0, nullptr, &ready, nullptr) || ready > 0)
+      return true;
+    if (ms != _forever && GetTickCount64() - start >= static_cast<ULONGLONG>(ms)) return false;
     Sleep(_pollEvery);
   }
 }
 
 bool _fillFromFile(int ms) {
-  if (_ended || (ms != _forever && !_waitInput(static_cast<ULONGLONG>(ms)))) return false;
+  if (_ended || !_waitInput(ms)) return false;
   char bytes[4096];
   DWORD n = 0;
   _ended = !ReadFile(_input(), bytes, sizeof bytes, &n, nullptr) || n == 0;
@@ -223,13 +241,14 @@ void ansi_on() {
   const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
   if (!GetConsoleMode(output, &_foundMode)) return;
   _foundPage = GetConsoleOutputCP();
+  _outputFound = true;
   SetConsoleMode(output, _ansiMode);
   SetConsoleOutputCP(CP_UTF8);
   std::atexit(_restore);
+  _setmode(_fileno(stdout), _O_BINARY);  // the console knows a line feed
   std::setvbuf(stdout, nullptr, _IOFBF, _outputSize);
   if (HANDLE thread = CreateThread(nullptr, 0, _showOutput, nullptr, 0, nullptr))
     CloseHandle(thread);
-  SetConsoleCtrlHandler(_onStop, TRUE);
 }
 
 int _getch() {
@@ -272,12 +291,27 @@ bool OS_ReadLine(size_t max, std::string& line) {
     } else if (c == '\r' && _have(0, _forever) && _buf[_pos] == '\n') {
       c = _byte(_pos++);
     }
-    if (c == keyEnd) return n > 0;
+    if (c == keyEnd) return n > 0 && !_interrupted;
     if (c == 0) content = false;
     if (content || c == '\n') line += static_cast<char>(c);
     if (c == '\n') return true;
   }
   return max > 0;
+}
+
+void OS_CatchInterrupt() { SetConsoleCtrlHandler(_onEvent, TRUE); }
+
+bool OS_Interrupted() { return _interrupted; }
+
+void OS_ForgetInterrupt() {
+  if (!_interrupted) return;
+  if (_isConsole()) FlushConsoleInputBuffer(_input());
+  _interrupted = false;
+  _pos = _buf.size();
+  _wide.clear();
+  _skipLf = false;
+  _scanCode = -1;
+  _ended = _ended || !_isConsole();
 }
 
 }  // namespace mox

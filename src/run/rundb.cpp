@@ -96,8 +96,6 @@ void dspFlds() {
   }
 }
 
-int StackInt(std::string_view text) { return DblToInt(TxtToDbl(text)); }
-
 int dspExpr(Expr& e) {
   if (ScanCompile(e) != 0) return -1;
   std::string value;

@@ -12,6 +12,7 @@
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
+#include "session/session.h"
 #include "store/db.h"
 
 namespace mox {
@@ -61,7 +62,9 @@ int _markRecords(int depth, Stack& stk, bool counts, int (*mark)(int), const cha
 
 // From the current record on to the first that qualifies, and tells where the table stands.
 void _seek(Expr& condition) {
-  while (!dbEOF(selectedArea) && !Qualifies(condition)) dbSkip(selectedArea, 1);
+  while (!dbEOF(selectedArea) && !Interrupted() && !Qualifies(condition))
+    dbSkip(selectedArea, 1);
+  if (Interrupted()) return;
   if (dbEOF(selectedArea)) {
     if (g_opt[optTALK]) std::printf("END OF FILE ENCOUNTERED\n");
   } else {
@@ -134,7 +137,7 @@ int ScanRecords(int start, int count, const std::string& condition,
   Expr test(condition, scanSteps);
   if (ScanCompile(test) != 0) return -1;
   dbSkipTo(selectedArea, start);
-  for (int i = 0; i < count && !dbEOF(selectedArea);) {
+  for (int i = 0; i < count && !dbEOF(selectedArea) && !Interrupted();) {
     if (Qualifies(test) && !action()) break;
     if (++i < count) dbSkip(selectedArea, 1);
   }

@@ -18,30 +18,62 @@ namespace {
 
 constexpr StepEntry steps[] = {
     // step       handler          before -> after
+    {"=ABS", OpAbs},            // x 1 -> r
+    {"=ASC", OpAsc},            // s 1 -> r
+    {"=CHR", OpChr},            // x 1 -> r
+    {"=COLOR", OpColor},        // x 1 -> r
+    {"=DATE", OpDate},          // 0 -> r
     {"=DELETED", OpDELETED},    // 0 -> r
+    {"=DIR", OpDir},            // s 1 -> r
     {"=EOF", OpEOF},            // 0 -> r
     {"=EVAL", OpEval},          // s -> r
+    {"=INKEY", OpInKey},        // 0 -> r
+    {"=INSTR", OpInStr},        // hay needle 2 -> r
+    {"=INT", OpInt},            // x 1 -> r
+    {"=LCASE", OpLCase},        // s 1 -> r
+    {"=LEFT", OpLeft},          // s n 2 -> r
+    {"=LEN", OpLen},            // s 1 -> r
+    {"=MID", OpMid},            // s start len 3 -> r
     {"=RECNO", OpRECNO},        // 0 -> r
+    {"=RIGHT", OpRight},        // s n 2 -> r
+    {"=RND", OpRnd},            // [ignored] c -> r
+    {"=RUN", OpRun},            // prog args [mode] c -> r
+    {"=SDIR", OpSDir},          // s 1 -> r
+    {"=SQR", OpSqr},            // x 1 -> r
+    {"=STR", OpStr},            // x [width [dec]] c -> r
+    {"=TRIM", OpTrim},          // s 1 -> r
+    {"=TYPE3", OpType3},        // s 1 -> r
+    {"=UCASE", OpUCase},        // s 1 -> r
+    {"=VAL", OpVal},            // s 1 -> r
+    {"ACCEPT", OpAccept},       // prompt -> text
     {"ADD", OpAdd},             // a b -> r
     {"ADDREC", OpAddRec},       // carry ->
     {"AND", OpAnd},             // a b -> logical
     {"CANCEL", OpCancel},       //
+    {"CLALL", OpClAll},         //
+    {"CLMEM", OpClMem},         //
     {"CONTINUE", OpContinue},   //
     {"COUNT1", OpCount1},       // start n for var ->
     {"CREATE", OpCreate},       // file ->
     {"DEC", OpDec},             // x -> x-1
+    {"DEL", OpDel},             // file ->
     {"DEL1", OpDel1},           // start n for ->
     {"DGOTO", OpDGoto},         // rec ->
     {"DIV", OpDiv},             // a b -> r
     {"DOCMD", OpDoCmd},         // file ->
     {"DSP", OpDsp},             // e1 .. ec c ->
     {"DSPDBF", OpDspDbf},       //
+    {"DSPFN", OpDspFn},         // pattern ->
+    {"DSPMEM", OpDspMem},       //
     {"DSPSTAT", OpDspStat},     //
     {"DSPSTR", OpDspStr},       //
     {"GETV", OpGetV},           // name [s1 [s2]] c -> value
+    {"HELP", OpHelp},           // topic ->
     {"INC", OpInc},             // x -> x+1
+    {"INPUT", OpInput},         // prompt -> text
     {"LIST", OpList},           // e1 .. ec c start n for ->
     {"LOCATE", OpLocate},       // next for ->
+    {"MSAVE", OpMSave},         // file pattern flag ->
     {"MUL", OpMul},             // a b -> r
     {"NEG", OpNeg},             // a -> r
     {"NOT", OpNot},             // a -> logical
@@ -57,6 +89,9 @@ constexpr StepEntry steps[] = {
     {"RECALL1", OpRecall1},     // start n for ->
     {"RELEASE", OpRelease},     // p1 f1 .. pc fc c ->
     {"REMOVE", OpRemove},       //
+    {"REN", OpRen},             // old new ->
+    {"RESET", OpReset},         // name ->
+    {"RESTORE", OpRestore},     // file pattern flag ->
     {"RETURN", OpReturn},       //
     {"S2N", OpS2N},             // text -> number
     {"SELECT", OpSelect},       // area ->
@@ -69,6 +104,7 @@ constexpr StepEntry steps[] = {
     {"UPDREC0", OpUpdRec0},     //
     {"UPDREC2", OpUpdRec2},     //
     {"USE", OpUse},             // file ->
+    {"WAIT", OpWait},           // [name] c ->
 };
 
 static_assert(std::is_sorted(std::begin(steps), std::end(steps),

@@ -13,6 +13,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int _endMark = 0x1A;
+constexpr int _maxSpare = 100;  // names tried for a file that is to replace another
 
 constexpr int _fpSlots = 10;
 constexpr int _fpFirst = 2;  // the first slot for files
@@ -57,6 +58,46 @@ std::string FnFind(const std::string& path) {
 bool SameFile(const std::string& a, const std::string& b) {
   std::error_code ec;
   return fs::equivalent(PathOf(a), PathOf(b), ec) && !ec;
+}
+
+bool FileDelete(const std::string& path) {
+  const fs::path file = PathOf(path);
+  std::error_code ec;
+  return !fs::is_directory(file, ec) && fs::remove(file, ec);
+}
+
+bool FileRename(const std::string& from, const std::string& to) {
+  const fs::path before = PathOf(from), after = PathOf(to);
+  std::error_code ec;
+  if (!fs::exists(before, ec) || fs::is_directory(before, ec)) return false;
+  if (fs::exists(fs::symlink_status(after, ec)) && !SameFile(from, to)) return false;
+  fs::rename(before, after, ec);
+  return !ec;
+}
+
+bool FileWrite(const std::string& path, std::string_view bytes) {
+  const fs::path named = PathOf(path);
+  std::error_code ec;
+  const bool replaces = fs::exists(named, ec);
+  if (replaces && !FileOpen(path, "r+b")) return false;
+  const fs::path target = replaces ? fs::canonical(named, ec) : named;  // behind a link
+  if (ec && replaces) return false;
+
+  fs::path made;
+  File f;
+  for (int i = 0; !f && i < _maxSpare; ++i) {
+    made = target;
+    made += '.' + std::to_string(i);
+    if (!fs::exists(fs::symlink_status(made, ec))) f = FileOpen(TextOf(made), "wb");
+  }
+  if (!f) return false;
+  bool written = std::fwrite(bytes.data(), 1, bytes.size(), f.get()) == bytes.size();
+  written = std::fclose(f.release()) == 0 && written;
+  if (written && replaces) fs::permissions(made, fs::status(target, ec).permissions(), ec);
+  if (written) fs::rename(made, target, ec);
+  if (written && !ec) return true;
+  fs::remove(made, ec);
+  return false;
 }
 
 bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {

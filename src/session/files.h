@@ -28,6 +28,14 @@ std::string FnFind(const std::string& path);
 // True when both paths lead to one and the same existing file.
 bool SameFile(const std::string& a, const std::string& b);
 
+// Deletes a file, not a directory: false when it can't.
+bool FileDelete(const std::string& path);
+// Renames a file, not a directory, to a name that no other file has: false when it can't.
+bool FileRename(const std::string& from, const std::string& to);
+// Makes the file hold these bytes. They are written to a file beside it first, so that a full disk
+// leaves what was there: false then, and whenever it can't be done.
+bool FileWrite(const std::string& path, std::string_view bytes);
+
 // The most bytes that one read of a text line gives, its line end included.
 constexpr size_t maxLine = 131;
 
