@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "host/host.h"
+#include "host/posix.h"
 
 extern char** environ;
 
@@ -102,6 +103,7 @@ int OS_RunProgWait(const std::string& program, const std::string& args, int) {
   argv.push_back(nullptr);
 
   std::fflush(nullptr);
+  PosixLineMode();
   termios found;
   const bool terminal = tcgetattr(STDIN_FILENO, &found) == 0;
   const int status = _run(std::move(argv));

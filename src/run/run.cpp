@@ -225,7 +225,7 @@ int AskStep() {
     std::printf("\n");
     if (key == keyEnd) {
       InputEnded();
-      decision = errTold;
+      decision = errnum;
     } else if ((key & 95) == 27) {
       decision = errCancel;
     } else if ((key & 95) == 'Y') {
