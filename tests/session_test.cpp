@@ -22,12 +22,15 @@
 // Without ARGS the banner is expected first and isn't repeated in the file; and unless the last
 // prompt has QUIT typed at it, the input ends after the transcript, and a last prompt with a line
 // feed is expected. The program must end with status 0 within 20 seconds and leave standard error
-// empty. The first failure ends its case; the next case runs all the same.
+// empty. The environment variable MOX_PROGRAM names another program to run than the one just built,
+// as one for another host in its launcher. The first failure ends its case; the next case runs all
+// the same.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iomanip>
@@ -178,12 +181,17 @@ Transcript ReadTranscript(const Section& s) {
   return t;
 }
 
+std::string Program() {
+  const char* other = std::getenv("MOX_PROGRAM");
+  return other ? other : MOX_PROGRAM;
+}
+
 bool DoMox(const Case& c, const Section& s) {
   const Transcript t = ReadTranscript(s);
   WriteFile(c.base / "in", t.input);
   std::istringstream words(s.rest);
   const std::string ending =
-      RunProgram(MOX_PROGRAM, {std::istream_iterator<std::string>(words), {}}, c.dir, c.base);
+      RunProgram(Program(), {std::istream_iterator<std::string>(words), {}}, c.dir, c.base);
   const std::string out = ReadFile(c.base / "out"), err = ReadFile(c.base / "err");
   std::string text = ending.empty() ? "" : ending + "\n";
   if (!err.empty()) text += "standard error:\n" + err;

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "host/host.h"
+#include "host/path.h"
 
 namespace mox {
 
@@ -27,24 +28,26 @@ bool _isOpen(int slot) { return slot >= 0 && slot < _fpSlots && k7_fp[slot].stre
 }  // namespace
 
 File FileOpen(const std::string& path, const char* mode) {
+  const fs::path named = PathOf(path);
   std::error_code ec;
-  const fs::file_status status = fs::status(path, ec);
-  if (fs::is_directory(status) || fs::is_fifo(status)) return nullptr;  // a pipe might never open
+  const fs::file_status status = fs::status(named, ec);
+  // A named pipe might never open.
+  if (named.empty() || fs::is_directory(status) || fs::is_fifo(status)) return nullptr;
   return File(std::fopen(path.c_str(), mode));
 }
 
 std::string FnFind(const std::string& path) {
+  const fs::path asked = PathOf(path);
   std::error_code ec;
-  const fs::file_status status = fs::status(path, ec);
+  const fs::file_status status = fs::status(asked, ec);
   if (fs::exists(status) && !fs::is_directory(status)) return path;
 
-  const fs::path asked(path);
-  const std::string name = asked.filename().string();
+  const std::string name = NameOf(asked);
   if (name.empty()) return path;
   const fs::path dir = asked.has_parent_path() ? asked.parent_path() : fs::path(".");
   std::string found;
   for (fs::directory_iterator i(dir, ec), end; !ec && i != end; i.increment(ec)) {
-    std::string other = i->path().filename().string();
+    std::string other = NameOf(i->path());
     std::error_code noFile;
     if (StrICmp(other, name) != 0 || !i->is_regular_file(noFile)) continue;
     if (!found.empty()) return path;
@@ -56,34 +59,38 @@ std::string FnFind(const std::string& path) {
 
 bool SameFile(const std::string& a, const std::string& b) {
   std::error_code ec;
-  return fs::equivalent(a, b, ec) && !ec;
+  return fs::equivalent(PathOf(a), PathOf(b), ec) && !ec;
 }
 
 bool FileDelete(const std::string& path) {
+  const fs::path file = PathOf(path);
   std::error_code ec;
-  return !fs::is_directory(path, ec) && fs::remove(path, ec);
+  return !fs::is_directory(file, ec) && fs::remove(file, ec);
 }
 
 bool FileRename(const std::string& from, const std::string& to) {
+  const fs::path before = PathOf(from), after = PathOf(to);
   std::error_code ec;
-  if (!fs::exists(from, ec) || fs::is_directory(from, ec)) return false;
-  if (fs::exists(fs::symlink_status(to, ec)) && !SameFile(from, to)) return false;
-  fs::rename(from, to, ec);
+  if (!fs::exists(before, ec) || fs::is_directory(before, ec)) return false;
+  if (fs::exists(fs::symlink_status(after, ec)) && !SameFile(from, to)) return false;
+  fs::rename(before, after, ec);
   return !ec;
 }
 
 bool FileWrite(const std::string& path, std::string_view bytes) {
+  const fs::path named = PathOf(path);
   std::error_code ec;
-  const bool replaces = fs::exists(path, ec);
+  const bool replaces = fs::exists(named, ec);
   if (replaces && !FileOpen(path, "r+b")) return false;
-  const std::string target = replaces ? fs::canonical(path, ec).string() : path;  // behind a link
+  const fs::path target = replaces ? fs::canonical(named, ec) : named;  // behind a link
   if (ec && replaces) return false;
 
-  std::string made;
+  fs::path made;
   File f;
   for (int i = 0; !f && i < _maxSpare; ++i) {
-    made = target + '.' + std::to_string(i);
-    f = FileOpen(made, "wbx");
+    made = target;
+    made += '.' + std::to_string(i);
+    if (!fs::exists(fs::symlink_status(made, ec))) f = FileOpen(TextOf(made), "wb");
   }
   if (!f) return false;
   bool written = std::fwrite(bytes.data(), 1, bytes.size(), f.get()) == bytes.size();
