@@ -22,8 +22,8 @@
 //
 // Without ARGS the banner is expected first and isn't repeated in the file; and unless what is
 // typed at the last prompt has the word QUIT in it, the input ends after the transcript, and a
-// last prompt with a line feed is expected. The program must end with status 0 within 20 seconds and leave standard error
-// empty. The first failure ends its case; the next case runs all the same.
+// last prompt with a line feed is expected. The program must end with status 0 within 20 seconds
+// and leave standard error empty. The first failure ends its case; the next case runs all the same.
 
 #include <gtest/gtest.h>
 
@@ -252,8 +252,8 @@ bool DoAbsent(const Case& c, const Section& s) {
 }
 
 const std::map<std::string, bool (*)(const Case&, const Section&)> kDirectives = {
-    {"file", DoFile}, {"bytes", DoFile}, {"copy", DoCopy}, {"mox", DoMox},
-    {"show", DoShow}, {"dump", DoDump},  {"size", DoSize}, {"same", DoSame}, {"absent", DoAbsent},
+    {"file", DoFile}, {"bytes", DoFile}, {"copy", DoCopy}, {"mox", DoMox},       {"show", DoShow},
+    {"dump", DoDump}, {"size", DoSize},  {"same", DoSame}, {"absent", DoAbsent},
 };
 
 std::vector<Section> ReadSections(const std::string& path) {

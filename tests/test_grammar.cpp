@@ -1,8 +1,9 @@
 // The grammar and the compile driver: source text in, step text out.
 //
-// A row of a table is "source -> steps", the steps joined by "; ". ":*" is the marker at which a
-// command file gets its source line. In the steps <X> stands for the reading of a variable X, <1>
-// for the number 1, <here> for the current record number, and <all> for the scope of all records.
+// A row of a table is "source -> steps", the steps joined by "; "; short rows share a line, with
+// " | " between them. ":*" is the marker at which a command file gets its source line. In the
+// steps <X> stands for the reading of a variable X, <1> for the number 1, <here> for the current
+// record number, and <all> for the scope of all records.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -13,6 +14,7 @@
 #include "lang/mox_gmr.h"
 #include "session/error.h"
 #include "session/misc.h"
+#include "session/strreplace.h"
 
 namespace mox {
 
@@ -21,8 +23,7 @@ namespace {
 constexpr const char* statements = R"(
 IF A THEN ? 1 : ?? 2 -> :*; <A>; JPF B00011; :*; <1>; PR; PRLN; :*; <2>; PR; LBL B00011
 IF A THEN IF B THEN ? -> :*; <A>; JPF B00021; :*; <B>; JPF B00011; :*; PRLN; LBL B00011; LBL B00021
-IF A -> :*; <A>; JPF B00011
-ELSE -> :*; JP B00002; LBL B00001; :*
+IF A -> :*; <A>; JPF B00011 | ELSE -> :*; JP B00002; LBL B00001; :*
 IF A : ELSE : ENDIF -> :*; <A>; JPF B00011; :*; JP B00012; LBL B00011; :*; LBL B00012; :*
 if A : endif ALL DONE 2-1/x -> :*; <A>; JPF B00011; LBL B00011; LBL B00012; :*
 DO WHIL A -> LBL B0001001; :*; <A>; JPF B0001002
@@ -32,59 +33,36 @@ DO CASE : ENDCASE -> :*; JP B0001000; LBL B0001000; LBL B0001999; :*
 DO CASE : CASE A -> :*; JP B0001000; :*; JP B0001999; LBL B0001000; :*; <A>; JPF B0001001
 DO CASE : OTHERWISE : CASE B -> :*; JP B0001000; :*; JP B0001999; LBL B0001000; :*; :*; JP B0001999; LBL B0001001; :*; <B>; JPF B0001002
 DO CASE : CASE A : ENDCASE -> :*; JP B0001000; :*; JP B0001999; LBL B0001000; :*; <A>; JPF B0001001; LBL B0001001; LBL B0001999; :*
-DO a.b -> :*; PUSH a.b; DOCMD
-DO WHILE -> :*; PUSH WHILE; DOCMD
-DO CASES -> :*; PUSH CASES; DOCMD
-? -> :*; PRLN
+DO a.b -> :*; PUSH a.b; DOCMD | DO WHILE -> :*; PUSH WHILE; DOCMD
+DO CASES -> :*; PUSH CASES; DOCMD | ? -> :*; PRLN
 @ 1,2 SAY "N" GET X PICTURE "99" -> :*; <1>; <2>; PUSH "N"; SAY; PUSH X; PUSH "99"; GET; POP 2
 @ 3,4 -> :*; <3>; <4>; PUSH ; SAY; POP 2
 @ 1,2 GET X -> :*; <1>; <2>; PUSH ; SAY; PUSH X; PUSH ; GET; POP 2
 ACCEPT "N" TO X -> :*; PUSH "N"; ACCEPT; PUSH X; PUSH 1; PUTV
-ACCEPT TO X -> :*; PUSH ; ACCEPT; PUSH X; PUSH 1; PUTV
-APPEND -> :*; PUSH 1; ADDREC; EDIT
-APPEND BLANK -> :*; PUSH 0; ADDREC
-APPEND FROM F FOR A=1 -> :*; PUSH F; PUSH A=1; APNDDBF
+ACCEPT TO X -> :*; PUSH ; ACCEPT; PUSH X; PUSH 1; PUTV | APPEND -> :*; PUSH 1; ADDREC; EDIT
+APPEND BLANK -> :*; PUSH 0; ADDREC | APPEND FROM F FOR A=1 -> :*; PUSH F; PUSH A=1; APNDDBF
 APPEND FROM F SDF -> :*; PUSH F; PUSH ; PUSH 1=1; APNDSDF
 APPEND FROM F SDF DELIMITED FOR A -> :*; PUSH F; PUSH ,; PUSH A; APNDSDF
 APPEND FROM F SDF DELI WITH "|" -> :*; PUSH F; PUSH "|"; PUSH 1=1; APNDSDF
-BROWSE -> :*; PUSH 0; BROWSE
-CANCEL -> :*; CANCEL
-CLEAR -> :*; CLALL
-CLEA GETS -> :*; CLGETS
-CLEAR MEMO -> :*; CLMEM
-CONTINUE -> :*; CONTINUE
+BROWSE -> :*; PUSH 0; BROWSE | CANCEL -> :*; CANCEL | CLEAR -> :*; CLALL | CLEA GETS -> :*; CLGETS
+CLEAR MEMO -> :*; CLMEM | CONTINUE -> :*; CONTINUE
 COPY TO X STRUCTURE -> :*; PUSH X; PUSH 0; CPYDEF
 COPY TO X STRU FIELDS A,B -> :*; PUSH X; PUSH A; PUSH B; PUSH 1; INC; CPYDEF
 COPY TO X -> :*; PUSH X; <all>; PUSH 0; PUSH 1=1; PUSH N; PUSH ; CPYMOX
 COPY TO X NEXT 3 FIELDS A,B FOR C=1 SDF DELIMITED WITH ";" -> :*; PUSH X; <here>; <3>; PUSH A; PUSH B; PUSH 1; INC; PUSH C=1; PUSH Y; PUSH ";"; CPYMOX
 COPY TO X DELIMITED -> :*; PUSH X; <all>; PUSH 0; PUSH 1=1; PUSH N; PUSH ,; CPYMOX
 COUNT FOR A=1 TO N -> :*; <all>; PUSH A=1; PUSH N; COUNT1
-COUNT NEXT 5 -> :*; <here>; <5>; PUSH 1=1; PUSH -; COUNT1
-CREATE F -> :*; PUSH F; CREATE
-DELETE FILE A.B -> :*; PUSH A.B; DEL
-DELETE -> :*; <here>; PUSH 1; PUSH 1=1; DEL1
-DELETE ALL FOR X=1 -> :*; <all>; PUSH X=1; DEL1
-DISPLAY MEMORY -> :*; DSPMEM
-DISP STRU -> :*; DSPSTR
-DISPLAY STATUS -> :*; DSPSTAT
-DISPLAY FILES LIKE *.D?F-1:x -> :*; PUSH *.D?F-1:x; DSPFN
-DISPLAY FILES -> :*; DSPDBF
-DISPLAY -> :*; PUSH 0; DSP
-DISPLAY A,1 -> :*; <A>; <1>; PUSH 1; INC; DSP
-EDIT -> :*; PUSH -2; DGOTO; EDIT
-EDIT 5 -> :*; <5>; DGOTO; EDIT
-END -> END
-ERASE -> :*; CLS
-FIND ABC -> :*; <ABC>; FIND
-GOTO TOP -> :*; PUSH 0; DGOTO
-GO BOTT -> :*; PUSH -1; DGOTO
-GO N+1 -> :*; <N>; <1>; ADD; DGOTO
-HELP A 1 x -> :*; PUSH A-1-x; HELP
-HELP ? ? -> :*; PUSH ??; HELP
-HELP ? -> :*; PUSH ?; HELP
-HELP @ -> :*; PUSH @; HELP
-HELP -> :*; PUSH MAIN; HELP
-INDEX ON LAST + FIRST TO N -> :*; PUSH LAST+FIRST; PUSH N; NDX
+COUNT NEXT 5 -> :*; <here>; <5>; PUSH 1=1; PUSH -; COUNT1 | CREATE F -> :*; PUSH F; CREATE
+DELETE FILE A.B -> :*; PUSH A.B; DEL | DELETE -> :*; <here>; PUSH 1; PUSH 1=1; DEL1
+DELETE ALL FOR X=1 -> :*; <all>; PUSH X=1; DEL1 | DISPLAY MEMORY -> :*; DSPMEM
+DISP STRU -> :*; DSPSTR | DISPLAY STATUS -> :*; DSPSTAT
+DISPLAY FILES LIKE *.D?F-1:x -> :*; PUSH *.D?F-1:x; DSPFN | DISPLAY FILES -> :*; DSPDBF
+DISPLAY -> :*; PUSH 0; DSP | DISPLAY A,1 -> :*; <A>; <1>; PUSH 1; INC; DSP
+EDIT -> :*; PUSH -2; DGOTO; EDIT | EDIT 5 -> :*; <5>; DGOTO; EDIT | END -> END | ERASE -> :*; CLS
+FIND ABC -> :*; <ABC>; FIND | GOTO TOP -> :*; PUSH 0; DGOTO | GO BOTT -> :*; PUSH -1; DGOTO
+GO N+1 -> :*; <N>; <1>; ADD; DGOTO | HELP A 1 x -> :*; PUSH A-1-x; HELP
+HELP ? ? -> :*; PUSH ??; HELP | HELP ? -> :*; PUSH ?; HELP | HELP @ -> :*; PUSH @; HELP
+HELP -> :*; PUSH MAIN; HELP | INDEX ON LAST + FIRST TO N -> :*; PUSH LAST+FIRST; PUSH N; NDX
 INPUT "N" TO X -> :*; PUSH "N"; INPUT; PUSH X; PUSH 1; STORE
 INPUT TO X -> :*; PUSH ; INPUT; PUSH X; PUSH 1; STORE
 JOIN TO F FOR A = B FIELDS C -> :*; PUSH F; PUSH A=B; PUSH C; PUSH 0; INC; JOIN
@@ -94,40 +72,26 @@ LIST RECORD 3 -> :*; PUSH 0; <3>; PUSH 1; PUSH 1=1; LIST
 LIST A ALL -> :*; PUSH A; PUSH 0; INC; <all>; PUSH 1=1; LIST
 LIST NEXT 2 FOR A .OR. .NOT. B -> :*; PUSH 0; <here>; <2>; PUSH A .OR..NOT.B; LIST
 LIST ALL FOR NAME="X" .AND. AGE>21 -> :*; PUSH 0; <all>; PUSH NAME="X".AND.AGE>21; LIST
-LOCATE FOR A=1 -> :*; PUSH 0; PUSH A=1; LOCATE
-LOCATE NEXT -> :*; PUSH 1; PUSH 1=1; LOCATE
-MODIFY COMMAND F -> :*; PUSH F; MDCOMM
-MODIFY STRUCTURE -> :*; MDSTRU
-PACK -> :*; PACK
-QUIT -> :*; QUIT
-READ -> :*; READ
-RECALL RECORD 2 -> :*; <2>; PUSH 1; PUSH 1=1; RECALL1
-RECALL FOR A -> :*; <here>; PUSH 1; PUSH A; RECALL1
-REINDEX -> :*; REINDEX
+LOCATE FOR A=1 -> :*; PUSH 0; PUSH A=1; LOCATE | LOCATE NEXT -> :*; PUSH 1; PUSH 1=1; LOCATE
+MODIFY COMMAND F -> :*; PUSH F; MDCOMM | MODIFY STRUCTURE -> :*; MDSTRU | PACK -> :*; PACK
+QUIT -> :*; QUIT | READ -> :*; READ | RECALL RECORD 2 -> :*; <2>; PUSH 1; PUSH 1=1; RECALL1
+RECALL FOR A -> :*; <here>; PUSH 1; PUSH A; RECALL1 | REINDEX -> :*; REINDEX
 RELEASE -> :*; PUSH *; PUSH -1; PUSH 0; INC; RELEASE
 RELEASE A*, ALL EXCEPT B?, ALL -> :*; PUSH A*; PUSH -1; PUSH B?; PUSH 0; PUSH *; PUSH -1; PUSH 2; INC; RELEASE
 RENAME "A" TO B -> :*; PUSH "A"; <B>; REN
 REPLACE A WITH 1, B WITH "X" -> :*; UPDREC0; <1>; PUSH A; SETFLD; PUSH "X"; PUSH B; SETFLD; UPDREC2
-RESET -> :*; PUSH *; RESET
-RESET X -> :*; PUSH X; RESET
-RESTORE FROM F ALL LIKE A* -> :*; PUSH F; PUSH A*; PUSH -1; RESTORE
-RETURN -> :*; RETURN
+RESET -> :*; PUSH *; RESET | RESET X -> :*; PUSH X; RESET
+RESTORE FROM F ALL LIKE A* -> :*; PUSH F; PUSH A*; PUSH -1; RESTORE | RETURN -> :*; RETURN
 SAVE TO F -> :*; PUSH F; PUSH *; PUSH -1; MSAVE
-SAVE TO F ALL EXCEPT A* -> :*; PUSH F; PUSH A*; PUSH 0; MSAVE
-SELECT B -> :*; PUSH B; SELECT
-SET INDEX TO A,B -> :*; PUSH A; PUSH B; PUSH 1; INC; SETNDX
-SET INDEX TO -> :*; PUSH 0; SETNDX
+SAVE TO F ALL EXCEPT A* -> :*; PUSH F; PUSH A*; PUSH 0; MSAVE | SELECT B -> :*; PUSH B; SELECT
+SET INDEX TO A,B -> :*; PUSH A; PUSH B; PUSH 1; INC; SETNDX | SET INDEX TO -> :*; PUSH 0; SETNDX
 SET date TO DD/MM-10 next -> :*; PUSH DATE; PUSH DD/MM-10NEXT; PUSH 2; OPT
-SET DELE ON -> :*; PUSH DELE; PUSH 1; OPT
-SET talk OFF -> :*; PUSH talk; PUSH 0; OPT
+SET DELE ON -> :*; PUSH DELE; PUSH 1; OPT | SET talk OFF -> :*; PUSH talk; PUSH 0; OPT
 SET DEFAULT TO "B:" -> :*; PUSH DEFAULT; PUSH "B:"; PUSH 2; OPT
-SET ALTERNATE TO -> :*; PUSH ALTERNATE; PUSH ; PUSH 2; OPT
-SKIP -> :*; PUSH 1; SKIP
-SKIP -2 -> :*; <2>; NEG; SKIP
-SORT ON A TO B -> :*; PUSH A; PUSH B; PUSH -1; SORT
+SET ALTERNATE TO -> :*; PUSH ALTERNATE; PUSH ; PUSH 2; OPT | SKIP -> :*; PUSH 1; SKIP
+SKIP -2 -> :*; <2>; NEG; SKIP | SORT ON A TO B -> :*; PUSH A; PUSH B; PUSH -1; SORT
 SORT ON A TO B ASCE -> :*; PUSH A; PUSH B; PUSH -1; SORT
-SORT ON A TO B DESC -> :*; PUSH A; PUSH B; PUSH 0; SORT
-STOP -> STOP
+SORT ON A TO B DESC -> :*; PUSH A; PUSH B; PUSH 0; SORT | STOP -> STOP
 STORE 1 TO A[2] -> :*; <1>; PUSH A; <2>; PUSH 2; STORE
 STORE "a""b" TO DATE -> :*; PUSH "a""b"; PUSH DATE; PUSH 1; STORE
 SUM A,B TO C,D -> :*; PUSH A; PUSH B; PUSH 1; INC; <all>; PUSH 1=1; PUSH C; PUSH D; PUSH 1; INC; SUM1
@@ -136,42 +100,24 @@ TOTAL TO F ON K FIELDS A -> :*; PUSH F; PUSH K; PUSH A; PUSH 0; INC; TOTAL
 UPDATE FROM F ON K -> :*; PUSH F; PUSH K; PUSH 0; PUSH 0; PUSH 0; UPDATE
 UPDATE FROM F ON K ADD A REPLACE B,C WITH D -> :*; PUSH F; PUSH K; PUSH A; PUSH 0; INC; PUSH B; PUSH C; PUSH 1; INC; PUSH D; PUSH 0; INC; UPDATE
 USE A INDEX B,C -> :*; PUSH A; USE; PUSH B; PUSH C; PUSH 1; INC; SETNDX
-USE A -> :*; PUSH A; USE; PUSH 0; SETNDX
-USE -> :*; PUSH -; USE
-WAIT -> :*; PUSH 0; WAIT
-WAIT TO K -> :*; PUSH K; PUSH 1; WAIT
-5 -> :*; PUSH 5; DGOTO
+USE A -> :*; PUSH A; USE; PUSH 0; SETNDX | USE -> :*; PUSH -; USE | WAIT -> :*; PUSH 0; WAIT
+WAIT TO K -> :*; PUSH K; PUSH 1; WAIT | 5 -> :*; PUSH 5; DGOTO
 )";
 
 constexpr const char* expressions = R"(
-1+2*3 -> <1>; <2>; <3>; MUL; ADD
-8-4-2 -> <8>; <4>; SUB; <2>; SUB
-8/4/2 -> <8>; <4>; DIV; <2>; DIV
-2^3^-2 -> <2>; <3>; <2>; NEG; POW; POW
--2^2 -> <2>; NEG; <2>; POW
-(1+2)*3 -> <1>; <2>; ADD; <3>; MUL
+1+2*3 -> <1>; <2>; <3>; MUL; ADD | 8-4-2 -> <8>; <4>; SUB; <2>; SUB
+8/4/2 -> <8>; <4>; DIV; <2>; DIV | 2^3^-2 -> <2>; <3>; <2>; NEG; POW; POW
+-2^2 -> <2>; NEG; <2>; POW | (1+2)*3 -> <1>; <2>; ADD; <3>; MUL
 1 + 2 = 3 .and. T -> <1>; <2>; ADD; <3>; CMP EQ; PUSH -1,L,1,0; AND
-A .OR. B .AND. f -> <A>; <B>; OR; PUSH 0,L,1,0; AND
-.NOT. A < = B -> <A>; NOT; <B>; CMP LE
-A > = B -> <A>; <B>; CMP GE
-A<>B -> <A>; <B>; CMP NE
-A<B -> <A>; <B>; CMP LT
-A>+B -> <A>; <B>; CMP GT
-A.AND.B -> <A.AND.B>
+A .OR. B .AND. f -> <A>; <B>; OR; PUSH 0,L,1,0; AND | .NOT. A < = B -> <A>; NOT; <B>; CMP LE
+A > = B -> <A>; <B>; CMP GE | A<>B -> <A>; <B>; CMP NE | A<B -> <A>; <B>; CMP LT
+A>+B -> <A>; <B>; CMP GT | A.AND.B -> <A.AND.B>
 LEN("abc") -> PUSH "abc"; PUSH 0; PUSH 1; ADD; =LEN
-mid(S,2,3) -> <S>; <2>; <3>; PUSH 2; PUSH 1; ADD; =MID
-DATE() -> PUSH 0; =DATE
-date -> <DATE>
-$("abc",1,2) -> PUSH "abc"; <1>; <2>; PUSH 3; =MID
-@("a",S) -> <S>; PUSH "a"; PUSH 2; =INSTR
-!(S) -> <S>; PUSH 1; =UCASE
-2 * * -> <2>; PUSH 0; =DELETED(); MUL
-# -> PUSH 0; =RECNO()
-eof -> PUSH 0; =EOF
-EOF() -> PUSH 0; =EOF
-&x+1 -> PUSH x; PUSH 1; GETV; =EVAL(); <1>; ADD
-Q[1,2] -> PUSH Q; <1>; <2>; PUSH 3; GETV
-Q[I] -> PUSH Q; <I>; PUSH 2; GETV
+mid(S,2,3) -> <S>; <2>; <3>; PUSH 2; PUSH 1; ADD; =MID | DATE() -> PUSH 0; =DATE | date -> <DATE>
+$("abc",1,2) -> PUSH "abc"; <1>; <2>; PUSH 3; =MID | @("a",S) -> <S>; PUSH "a"; PUSH 2; =INSTR
+!(S) -> <S>; PUSH 1; =UCASE | 2 * * -> <2>; PUSH 0; =DELETED(); MUL | # -> PUSH 0; =RECNO()
+eof -> PUSH 0; =EOF | EOF() -> PUSH 0; =EOF | &x+1 -> PUSH x; PUSH 1; GETV; =EVAL(); <1>; ADD
+Q[1,2] -> PUSH Q; <1>; <2>; PUSH 3; GETV | Q[I] -> PUSH Q; <I>; PUSH 2; GETV
 12.+1.5e-3 -> <12.>; <1.5e-3>; ADD
 )";
 
@@ -195,8 +141,8 @@ CLEAR ALL | ERASE F | HELP 1 | STORE 1 | STORE TO X | RELEASE A, | RELEASE ,A | 
 std::string Expand(std::string steps) {
   static const std::regex variable("<([A-Za-z_][A-Za-z_.]*)>"), number("<([^>]*)>");
   steps = std::regex_replace(steps, std::regex("<here>"), "PUSH 0; =RECNO()");
-  steps = std::regex_replace(steps, std::regex("<all>"),
-                             "PUSH 0; DGOTO; PUSH 0; =RECNO(); PUSH 99999");
+  steps =
+      std::regex_replace(steps, std::regex("<all>"), "PUSH 0; DGOTO; PUSH 0; =RECNO(); PUSH 99999");
   steps = std::regex_replace(steps, variable, "PUSH $1; PUSH 1; GETV");
   return std::regex_replace(steps, number, "PUSH $1; S2N");
 }
@@ -228,7 +174,7 @@ std::string Expression(const std::string& source) {
 }
 
 void CheckRows(const char* table, std::string (*compile)(const std::string&), const char* tail) {
-  for (const std::string& row : split(table, "\n")) {
+  for (const std::string& row : split(str_replace(table, " | ", "\n"), "\n")) {
     if (row.empty()) continue;
     const size_t arrow = row.find(" -> ");
     ASSERT_NE(arrow, row.npos) << row;
@@ -275,11 +221,14 @@ TEST(Compile, FilesGetTheirSourceLinesAndStepNumbers) {
        ": DO CASE; JP 4; : CASE T; JP 10; : CASE T; PUSH -1,L,1,0; JPF 9; : OTHERWISE; JP 10; "
        ": OTHERWISE; : ENDCASE; END"},
       // No source line for a statement over several lines, nor for one that ends the list.
-      {"? 1 ;|* no end|note this|\t |+ 2|STOP", "PUSH 1; S2N; PUSH 2; S2N; ADD; PR; PRLN; STOP; END"},
+      {"? 1 ;|* no end|note this|\t |+ 2|STOP",
+       "PUSH 1; S2N; PUSH 2; S2N; ADD; PR; PRLN; STOP; END"},
       {"?|? 1 ;", ": ?; PRLN; END"},
       {"TEXTURE|it's \"x\" ;|* TEXT|  endtexts",
-       ": ? \"it's \"\"x\"\" ;\"; PUSH \"it's \"\"x\"\" ;\"; PR; PRLN; : ? \"* TEXT\"; PUSH \"* TEXT\"; PR; PRLN; END"},
-      {"RELEASE ALL LIKE A:*", ": RELEASE ALL LIKE A:*; PUSH A:*; PUSH -1; PUSH 0; INC; RELEASE; END"},
+       ": ? \"it's \"\"x\"\" ;\"; PUSH \"it's \"\"x\"\" ;\"; PR; PRLN; : ? \"* TEXT\"; PUSH \"* "
+       "TEXT\"; PR; PRLN; END"},
+      {"RELEASE ALL LIKE A:*",
+       ": RELEASE ALL LIKE A:*; PUSH A:*; PUSH -1; PUSH 0; INC; RELEASE; END"},
       {"*", "END"},
       {"TEXT", "result -2"},
       {"IF A|DO CASE|ENDCASE", "result -2"},
@@ -312,8 +261,8 @@ TEST(Compile, Limits) {
   // A hundred tokens count, over all lines; deep nesting and shared heads cost no time.
   std::string sum = "1";
   for (int i = 0; i < 48; ++i) sum += "+1";
-  EXPECT_NE(File("? ;|" + sum + "+1"), "result 1");      // 100: the last number is there
-  EXPECT_EQ(File("? ;|" + sum + "+(1)"), "result -1");   // the closing parenthesis isn't
+  EXPECT_NE(File("? ;|" + sum + "+1"), "result 1");     // 100: the last number is there
+  EXPECT_EQ(File("? ;|" + sum + "+(1)"), "result -1");  // the closing parenthesis isn't
   std::string subscripts = "1";
   for (int i = 0; i < 30; ++i) subscripts = "A[" + subscripts + "]";
   EXPECT_TRUE(Expression(subscripts).starts_with("PUSH A; PUSH A; "));
