@@ -240,9 +240,7 @@ bool OS_ReadLine(size_t max, std::string& line) {
   return max > 0;
 }
 
-void OS_CatchInterrupt() {
-  _handle(SIGINT, _onInterrupt, _beforeInterrupt);
-}
+void OS_CatchInterrupt() { _handle(SIGINT, _onInterrupt, _beforeInterrupt); }
 
 bool OS_Interrupted() { return _interrupted; }
 
