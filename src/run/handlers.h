@@ -71,7 +71,21 @@ int OpRemove(int depth, Stack& stk);
 int OpSetNdx(int depth, Stack& stk);
 int OpPack(int depth, Stack& stk);
 
+// runscr
+int OpSay(int depth, Stack& stk);
+int OpGet(int depth, Stack& stk);
+int OpRead(int depth, Stack& stk);
+int OpClGets(int depth, Stack& stk);
+int OpCls(int depth, Stack& stk);
+int OpClEol(int depth, Stack& stk);
+
+// moxedit, moxbrowse, moxed
+int OpEdit(int depth, Stack& stk);
+int OpBrowse(int depth, Stack& stk);
+int OpMdComm(int depth, Stack& stk);
+
 // moxcreate
 int OpCreate(int depth, Stack& stk);
+int OpMdStru(int depth, Stack& stk);
 
 }  // namespace mox

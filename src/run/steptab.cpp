@@ -25,7 +25,11 @@ constexpr StepEntry steps[] = {
     {"ADD", OpAdd},             // a b -> r
     {"ADDREC", OpAddRec},       // carry ->
     {"AND", OpAnd},             // a b -> logical
+    {"BROWSE", OpBrowse},       // e1 .. ec c ->
     {"CANCEL", OpCancel},       //
+    {"CLEOL", OpClEol},         // row col ->
+    {"CLGETS", OpClGets},       //
+    {"CLS", OpCls},             //
     {"CONTINUE", OpContinue},   //
     {"COUNT1", OpCount1},       // start n for var ->
     {"CREATE", OpCreate},       // file ->
@@ -38,10 +42,14 @@ constexpr StepEntry steps[] = {
     {"DSPDBF", OpDspDbf},       //
     {"DSPSTAT", OpDspStat},     //
     {"DSPSTR", OpDspStr},       //
+    {"EDIT", OpEdit},           //
+    {"GET", OpGet},             // row col name picture -> row col
     {"GETV", OpGetV},           // name [s1 [s2]] c -> value
     {"INC", OpInc},             // x -> x+1
     {"LIST", OpList},           // e1 .. ec c start n for ->
     {"LOCATE", OpLocate},       // next for ->
+    {"MDCOMM", OpMdComm},       // file ->
+    {"MDSTRU", OpMdStru},       //
     {"MUL", OpMul},             // a b -> r
     {"NEG", OpNeg},             // a -> r
     {"NOT", OpNot},             // a -> logical
@@ -54,11 +62,13 @@ constexpr StepEntry steps[] = {
     {"PRLN", OpPrLn},           //
     {"PUTV", OpPutV},           // value name [s1 [s2]] c ->
     {"QUIT", OpQuit},           //
+    {"READ", OpRead},           //
     {"RECALL1", OpRecall1},     // start n for ->
     {"RELEASE", OpRelease},     // p1 f1 .. pc fc c ->
     {"REMOVE", OpRemove},       //
     {"RETURN", OpReturn},       //
     {"S2N", OpS2N},             // text -> number
+    {"SAY", OpSay},             // row col text -> row col
     {"SELECT", OpSelect},       // area ->
     {"SETFLD", OpSetFld},       // value field ->
     {"SETNDX", OpSetNdx},       // f1 .. fc c ->

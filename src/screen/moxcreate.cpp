@@ -5,6 +5,7 @@
 
 #include "host/host.h"
 #include "run/handlers.h"
+#include "screen/scr.h"
 #include "session/error.h"
 #include "session/files.h"
 #include "session/number.h"
@@ -17,6 +18,13 @@ namespace mox {
 namespace {
 
 constexpr size_t maxFirstWord = 254;
+
+// The grid of MODIFY STRUCTURE.
+constexpr int lineWidth = 24;
+constexpr int lineWords = 4;
+constexpr int headRow = 1, gridRow = 2, gridCol = 10;
+constexpr int shownLines = scrRows - gridRow;
+constexpr int gridStep = 8, lastBase = 16;
 
 int _refuse(const char* message, int result) {
   std::printf("%s\n", message);
@@ -38,6 +46,45 @@ bool _askFields(std::vector<FieldDef>& fields) {
     if (_CrFld(split(line, ","), field) == 0) fields.push_back(field);
   }
   return true;
+}
+
+Lines _gridLines() {
+  Lines lines(maxFields);
+  for (int f = 0; f < dbCOLS(selectedArea); ++f)
+    lines[f] = StrFmt("%-10s %c  %03d  %03d  ", ScrPlain(dbName(selectedArea, f)).c_str(),
+                      dbTyp(selectedArea, f), dbLen(selectedArea, f), dbDec(selectedArea, f));
+  for (std::string& line : lines) line.resize(lineWidth, ' ');
+  return lines;
+}
+
+void _paintGrid(int base, const Lines& lines) {
+  ScrClear();
+  ScrSay(headRow, 0, "           NAME      TYP LEN  DEC");
+  for (int i = 0; i < shownLines && base + i < maxFields; ++i) {
+    ScrSay(gridRow + i, 0, StrFmt("FIELD %02d", base + i + 1));
+    ScrSayRev(gridRow + i, gridCol, lines[base + i]);
+  }
+}
+
+// True when the person saves the grid.
+bool _editGrid(Lines& lines) {
+  ScrNewPage();
+  int base = 0;
+  for (int key = 0; key != keySave;) {
+    _paintGrid(base, lines);
+    key = edScrn(gridRow, gridCol, maxFields - base, &lines[base]);
+    if (key == keyAbandon) return false;
+    if (key == keyUp && base >= gridStep) base -= gridStep;
+    if (key == keyDown && base < lastBase) base += gridStep;
+  }
+  return true;
+}
+
+bool _inOtherArea() {
+  for (int area = 0; area < maxAreas; ++area)
+    if (area != dbSelected() && dbOPEN(area) && SameFile(dbFn(area), dbFILENAME(selectedArea)))
+      return true;
+  return false;
 }
 
 }  // namespace
@@ -78,6 +125,65 @@ int MoxCreate(const std::string& filename) {
   if (int closed = dbfClose(t); result == 0) result = closed;
   if (result != 0) SetErr("CANNOT WRITE FILE", path);
   return result == 0 ? 0 : -1;
+}
+
+int _CrDbf(const std::string& filename, const Lines& lines) {
+  const std::string beside = FileBeside(filename);
+  DbfTable t;
+  if (dbfCreate(t, beside) != 0) return -1;
+  int number = 0;
+  for (const std::string& line : lines) {
+    if (isBlank(line)) break;
+    ++number;
+    FieldDef f;
+    if (_CrFld(GetWords(line, lineWords + 1), f) == 0)
+      dbfFld(t, number, f.name, f.type, f.width, f.decimals);
+  }
+  int result = dbfFld(t, 0, "", ' ', 0, 0);
+  if (int closed = dbfClose(t); result == 0) result = closed;
+  if (result == 0) return FileReplace(beside, filename);
+  FileRemove(beside);
+  return -1;
+}
+
+int edScrn(int row, int col, int n, std::string* lines) {
+  int key = 0;
+  for (int i = 0;
+       i >= 0 && i < n && row + i < scrRows && key != keyAbandon && key != keySave;) {
+    key = ScrGet(row + i, col, lines[i], 'C', "");
+    if (key == keyUp) --i;
+    if (key == keyTab || key == keyEnter || key == keyDown) ++i;
+  }
+  ScrLeave();
+  return key;
+}
+
+int MoxModiStru() {
+  const std::string path = dbFILENAME(selectedArea);
+  if (_inOtherArea()) {
+    SetErr("FILE IS IN USE", path);
+    return -1;
+  }
+  Lines lines = _gridLines();
+  if (!_editGrid(lines)) return 0;
+  dbCloseDbf(selectedArea);
+  const int result = _CrDbf(path, lines);
+  if (result != 0) SetErr("CANNOT WRITE FILE", path);
+  if (dbReopenDbf(selectedArea, path) != 0)
+    SetErr("FILE DOES NOT EXIST", path);
+  else
+    dbTop(selectedArea);
+  return result;
+}
+
+int OpMdStru(int, Stack&) {
+  if (!DbChk()) return 0;
+  std::printf("MODIFY ERASES ALL DATA RECORDS ... PROCEED? (Y/N) ");
+  const int key = ScrGetKey();
+  const bool yes = key == 'Y' || key == 'y';
+  std::printf("%c\n", yes ? 'Y' : 'N');
+  if (yes) MoxModiStru();
+  return 0;
 }
 
 int OpCreate(int depth, Stack& stk) {

@@ -57,6 +57,36 @@ bool SameFile(const std::string& a, const std::string& b) {
   return fs::equivalent(a, b, ec) && !ec;
 }
 
+std::string FileBeside(const std::string& path) {
+  std::error_code ec;
+  std::string beside = path + ".new";
+  while (fs::exists(fs::symlink_status(beside, ec))) beside += '1';
+  return beside;
+}
+
+int FileReplace(const std::string& beside, const std::string& path) {
+  std::error_code ec;
+  fs::path target = fs::canonical(path, ec);
+  if (ec) target = path;
+  const fs::file_status old = fs::status(target, ec);
+  if (fs::is_regular_file(old)) {
+    // What may not be written isn't replaced either.
+    if (!FileOpen(target.string(), "r+b")) ec = std::make_error_code(std::errc::permission_denied);
+    if (!ec) fs::permissions(beside, old.permissions(), ec);
+  } else {
+    ec.clear();
+  }
+  if (!ec) fs::rename(beside, target, ec);
+  if (!ec) return 0;
+  FileRemove(beside);
+  return -1;
+}
+
+int FileRemove(const std::string& path) {
+  std::error_code ec;
+  return fs::remove(path, ec) && !ec ? 0 : -1;
+}
+
 bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
   line.clear();
   bool content = true;
@@ -87,6 +117,19 @@ std::optional<Lines> ReadLines(const std::string& path) {
   Lines lines;
   for (std::string line; ReadTextLine(f.get(), maxLine, line);) lines.push_back(rm_nl(line));
   return lines;
+}
+
+int WriteLines(const std::string& path, const Lines& lines) {
+  const std::string beside = FileBeside(path);
+  File f = FileOpen(beside, "w");
+  if (!f) return -1;
+  bool written = true;
+  for (const std::string& line : lines)
+    written = std::fprintf(f.get(), "%s\n", line.c_str()) >= 0 && written;
+  written = std::fclose(f.release()) == 0 && written;
+  if (written) return FileReplace(beside, path);
+  FileRemove(beside);
+  return -1;
 }
 
 void K7Init() { FpCloseAll(); }

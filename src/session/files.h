@@ -28,6 +28,14 @@ std::string FnFind(const std::string& path);
 // True when both paths lead to one and the same existing file.
 bool SameFile(const std::string& a, const std::string& b);
 
+// A file that is to replace another is written beside it under a name that no file has, and takes
+// its place when it is complete. FileReplace keeps the permissions of the file at path and follows
+// a link there: 0, or -1 with the new file gone and the old one as it was. FileRemove: the same 0
+// or -1.
+std::string FileBeside(const std::string& path);
+int FileReplace(const std::string& beside, const std::string& path);
+int FileRemove(const std::string& path);
+
 // The most bytes that one read of a text line gives, its line end included.
 constexpr size_t maxLine = 131;
 
@@ -40,6 +48,9 @@ bool ReadTextLine(std::FILE* f, size_t max, std::string& line);
 // The lines of a text file without their line ends, in reads of maxLine bytes; a line of exactly
 // maxLine bytes comes back as that line and an empty one. Nothing when the file can't be opened.
 std::optional<Lines> ReadLines(const std::string& path);
+
+// Replaces or makes a text file of these lines: 0, or -1 with a file that was there as it was.
+int WriteLines(const std::string& path, const Lines& lines);
 
 // The table of numbered files: slots 0 to 9, of which 0 is the standard output, 1 the standard
 // input, and 2 to 9 are free for files. No statement reaches it yet; a run leaves it closed.
