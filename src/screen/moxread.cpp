@@ -71,7 +71,7 @@ int svPutMem(const Sv& sv) {
   if (number < 0) return -1;
   std::string text = sv.value;
   if (sv.type == 'L')
-    text = !text.empty() && std::string_view("YyTt").find(text[0]) != text.npos ? "T" : "F";
+    text.assign(1, !text.empty() && std::string_view("YyTt").find(text[0]) != text.npos ? 'T' : 'F');
   else if (sv.type == 'N')
     text = FmtSci(TxtToDbl(text), numberDigits);
   return VarPutI2(number, 0, 0, text) == 0 ? 0 : -1;
