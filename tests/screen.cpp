@@ -48,8 +48,12 @@ struct Screen::Terminal {
     int waiting = 0;
     return ioctl(slave, FIONREAD, &waiting) != 0 || waiting == 0;
   }
-  // True when it can be seen that the program waits: for a key, or at its prompt.
+  // True when it can be seen that the program waits, for a key or at its prompt, or has ended.
   bool Waits() const {
+    siginfo_t ended{};
+    if (waitid(P_PID, static_cast<id_t>(pid), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+        ended.si_pid == pid)
+      return true;
     termios mode;
     if (!TookAll() || tcgetattr(slave, &mode) != 0) return false;
     if (!(mode.c_lflag & ICANON)) return true;
