@@ -21,7 +21,7 @@
 namespace {
 
 constexpr int kRows = 24, kCols = 80;
-constexpr int kQuiet = 10;  // ms without output of a program that waits
+constexpr int kQuiet = 10;        // ms without output of a program that waits
 constexpr int kLongQuiet = 1000;  // of one of which it can't be seen that it waits
 constexpr auto kLimit = std::chrono::seconds(10);
 using Clock = std::chrono::steady_clock;
@@ -67,8 +67,7 @@ struct Screen::Terminal {
   bool Reap(int& status) { return pid > 0 && waitpid(pid, &status, WNOHANG) == pid; }
 };
 
-Screen::Screen(std::string program, std::vector<std::string> args,
-               const std::filesystem::path& dir)
+Screen::Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir)
     : t_(std::make_unique<Terminal>()) {
   vterm_screen_reset(t_->screen, 1);
   winsize size{kRows, kCols, 0, 0};

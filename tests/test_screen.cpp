@@ -152,7 +152,8 @@ TEST_F(ScreenTest, FormPlacesAndPictures) {
 
 TEST_F(ScreenTest, FieldEntry) {
   Put("a.cmd",
-      "STORE \"abcd\" TO S\nSTORE \"q\" TO W\nERASE\n@ 5,0 GET S\n@ 6,0 GET W\nREAD\n? S+W+\"|\"\n");
+      "STORE \"abcd\" TO S\nSTORE \"q\" TO W\nERASE\n@ 5,0 GET S\n@ 6,0 GET W\nREAD\n? "
+      "S+W+\"|\"\n");
   Start();
   struct {
     std::string keys, text;
@@ -160,8 +161,8 @@ TEST_F(ScreenTest, FieldEntry) {
       {"X" + kDelete + kSave, "Xcd q|"},
       {kRight + kRight + kBack + kSave, "acd q|"},
       {kBack + kLeft + kDelete + kSave, "bcd q|"},
-      {Repeat(kRight, 9) + "Z" + kSave, "abcZq|"},   // full: goes to the next field
-      {"12345" + kEnter, "12345|"},                  // the second field is full as well
+      {Repeat(kRight, 9) + "Z" + kSave, "abcZq|"},  // full: goes to the next field
+      {"12345" + kEnter, "12345|"},                 // the second field is full as well
       {kRight + kInsert + "12" + kInsert + kSave, "a12bq|"},
       {"\x1b" + kSave, "abcdq|"},
       {"\xc3\xa4\x01\x1a" + kSave, "abcdq|"},
@@ -206,8 +207,7 @@ TEST_F(ScreenTest, RecordEditor) {
   Do("APPEND" + kEnter, {{0, 0, "RECORD # 00003"}, {4, 10, ":    :"}});
   Do("New" + kEnter + "x" + kEnter + "T", {{2, 10, ": 0.00:"}});
   Do("-10" + kEnter);
-  EXPECT_EQ(Records("p.dbf"),
-            "*\"Al\"      99.99-1234 Eve        2.50F 0.5 New        0.00T 0.0");
+  EXPECT_EQ(Records("p.dbf"), "*\"Al\"      99.99-1234 Eve        2.50F 0.5 New        0.00T 0.0");
   Quit();
 }
 
@@ -278,9 +278,9 @@ TEST_F(ScreenTest, ModifyStructure) {
   EXPECT_NE(screen_->All().find("RECORDS ... PROCEED? (Y/N) N\n"), std::string::npos);
   Lines({"MODIFY STRUCTURE"});
   Do("y", {{1, 0, "           NAME      TYP LEN  DEC"},
-                                         {2, 0, "FIELD 01  :NAME       C  010  000  :"},
-                                         {3, 0, "FIELD 02  :AGE        N  005  001  :"},
-                                         {23, 0, "FIELD 22  :                        :"}});
+           {2, 0, "FIELD 01  :NAME       C  010  000  :"},
+           {3, 0, "FIELD 02  :AGE        N  005  001  :"},
+           {23, 0, "FIELD 22  :                        :"}});
   Do(kUp, {{2, 0, "FIELD 01  :NAME"}});
   Do(Repeat(kDown, 22), {{2, 0, "FIELD 09"}, {23, 0, "FIELD 30"}});
   Do(Repeat(kDown, 22), {{2, 0, "FIELD 17"}, {17, 0, "FIELD 32"}});
@@ -316,7 +316,8 @@ TEST_F(ScreenTest, ProgramEditor) {
   Do(kRight + kRight + kDelete, {{1, 0, "XoYetwo"}, {2, 0, seventy}});
   EXPECT_EQ(screen_->Cursor(), std::pair(1, 4));
   Do(kEnter + kEnter + kBack, {{1, 0, "XoYe"}, {2, 0, "   "}, {3, 0, "two"}});
-  Do(kDown + Repeat(kRight, 79) + kDelete, {{4, 0, seventy}, {5, 0, wide.substr(0, 80)}});  // too long to join
+  Do(kDown + Repeat(kRight, 79) + kDelete,
+     {{4, 0, seventy}, {5, 0, wide.substr(0, 80)}});  // too long to join
   Do(kSave, {{23, 0, ". "}});
   EXPECT_EQ(Get("a.cmd"), "XoYe\n\ntwo\n" + seventy + "\n" + wide + "\n");
 
@@ -347,13 +348,15 @@ TEST_F(ScreenTest, ProgramEditor) {
 TEST_F(ScreenTest, AnyKeys) {
   Table("p.dbf", {"A,C,1", "N,N,6,2", "W,C,254", "L,L,1"},
         {"a  1.25" + std::string(254, 'w') + "T", std::string(262, '\x1b')});
-  Put("f.fmt", "@ 5,5 GET A PICTURE \"!\"\n@ 6,5 GET N\n@ 22,70 GET W\n@ 3,3 GET W PICTURE \"A-9\"\n");
+  Put("f.fmt",
+      "@ 5,5 GET A PICTURE \"!\"\n@ 6,5 GET N\n@ 22,70 GET W\n@ 3,3 GET W PICTURE \"A-9\"\n");
   Put("a.cmd", "* a line\n" + std::string(130, 'x') + "\n");
   const std::string text = Get("a.cmd"), header = Get("p.dbf").substr(0, 521);
   std::mt19937 random(7);
   Start();
   Lines({"USE p", "SET CONFIRM ON", "SET FORMAT TO f"});
-  for (const char* statement : {"READ", "EDIT 2", "MODIFY STRUCTURE", "MODIFY COMMAND a", "BROWSE"}) {
+  for (const char* statement :
+       {"READ", "EDIT 2", "MODIFY STRUCTURE", "MODIFY COMMAND a", "BROWSE"}) {
     Lines({statement});
     if (std::string(statement) == "MODIFY STRUCTURE") Do("y");
     std::string keys;

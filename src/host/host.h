@@ -2,8 +2,9 @@
 //
 // Keys and lines come from one stream, the standard input, in the order in which they were typed
 // or piped in; both kinds of read share one buffer, so that they can alternate without losing a
-// byte. The terminal is in line mode with echo except while a key is awaited, and it is put back
-// as it was found behind each wait, at the end of the program and when a signal stops it.
+// byte. The terminal is in line mode with echo except while a key is awaited and, from _kbhit on,
+// up to the next read of a line. It is put back as it was found behind each wait, at the end of the
+// program and when a signal stops it.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +16,9 @@ namespace mox {
 
 constexpr int keyEnd = -1;  // _getch at the end of the input
 
-// Called once at start: the console interprets ANSI sequences from now on.
+// Called once at start, before any file is opened: the console interprets ANSI sequences from now
+// on, each of the three standard streams is open, and a refused write is an error of that write
+// and never the program's end.
 void ansi_on();
 
 // Waits for one key, without echo and without line buffering, and gives one byte of it. A cursor
@@ -29,8 +32,25 @@ int _getch();
 bool _kbhit();
 
 // Reads one line of at most max bytes (its line feed included) with the host's line editing; a
-// longer line comes in several reads. CR LF is one line end. False at the end of the input.
+// longer line comes in several reads. CR LF is one line end. False at the end of the input, and
+// when Ctrl-C breaks the read off.
 bool OS_ReadLine(size_t max, std::string& line);
+
+// Ctrl-C. While a key is awaited it is a key as any other. At all other times, from OS_CatchInterrupt
+// on, it is noted, and breaks off a read of a line, which then gives false. The note stays until it
+// is forgotten, and what was typed before it with it; input that isn't a terminal ends with it.
+void OS_CatchInterrupt();
+bool OS_Interrupted();
+void OS_ForgetInterrupt();
+
+// Starts a program, looked up as the host does, with its arguments split as a shell splits words,
+// in the current directory and with the terminal in line mode, and waits for its end. Its exit
+// code, or -1 when it can't be started or has none. The mode is that of the program's window and
+// counts only where there are windows.
+int OS_RunProgWait(const std::string& program, const std::string& args, int mode);
+
+// The directory of the running program's file.
+std::string OS_GetProgDir();
 
 // The names, without directory part, of the files (or directories, but "." and "..") that fit a
 // pattern, in the host's order. The pattern has a directory part and a last part in which * fits

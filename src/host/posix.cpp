@@ -1,15 +1,19 @@
 // The console of a POSIX host: keys and lines from file descriptor 0 through one buffer.
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 #include "host/host.h"
+#include "host/posix.h"
 
 namespace mox {
 
@@ -34,14 +38,18 @@ bool _isTerminal() {
   return terminal;
 }
 
-// Key mode: bytes come as they are typed, without echo. The object holds the terminal in this
-// mode and puts it back when it goes, and so does a signal that stops the program meanwhile.
-termios _found, _keyMode;
-bool _inKeyMode = false;
-constexpr int _stops[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
+// How the terminal stands. In line mode it is as it was found. In key mode bytes come as they are
+// typed, without echo, and control keys are keys. Poll mode is the same, but Ctrl-C is a signal: a
+// program that looks for keys while it runs stays in it up to the next read of a line, so that what
+// is typed between two looks isn't echoed. A signal that stops this program meanwhile first puts
+// the terminal back.
+enum class Mode { line, poll, keys };
+Mode _mode = Mode::line;
+termios _found, _set;
+constexpr int _stops[] = {SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
+struct sigaction _beforeStop[std::size(_stops)], _beforeContinue;
 
-// Lets the signal do what it does by default, with the terminal as it was found. Only a stopped
-// job comes back here; the wait that it interrupted sets its mode anew.
+// Lets the signal do what it does by default. Only a stopped job comes back here.
 void _onStop(int sig) {
   const int error = errno;
   tcsetattr(STDIN_FILENO, TCSANOW, &_found);
@@ -58,52 +66,76 @@ void _onStop(int sig) {
   errno = error;
 }
 
-void _onContinue(int) {}  // only interrupts the wait
+void _onContinue(int) {
+  const int error = errno;
+  tcsetattr(STDIN_FILENO, TCSANOW, &_set);
+  errno = error;
+}
 
-class KeyMode {
- public:
-  KeyMode() {
-    if (!_isTerminal() || tcgetattr(STDIN_FILENO, &_found) != 0) return;
-    _keyMode = _found;
-    _keyMode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ISIG | IEXTEN);
-    _keyMode.c_iflag &= ~static_cast<tcflag_t>(IXON | ICRNL | INLCR | IGNCR | ISTRIP);
-    _keyMode.c_cc[VMIN] = 1;
-    _keyMode.c_cc[VTIME] = 0;
-    for (size_t i = 0; i < std::size(_stops); ++i) _handle(_stops[i], _onStop, _before[i]);
+// Takes a signal over unless it is ignored.
+void _handle(int sig, void (*handler)(int), struct sigaction& before) {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  action.sa_flags = SA_RESTART;  // but of the waits for input, which never restart
+  sigemptyset(&action.sa_mask);
+  sigaction(sig, nullptr, &before);
+  if (before.sa_handler != SIG_IGN) sigaction(sig, &action, nullptr);
+}
+
+void _setMode(Mode mode) {
+  if (mode == _mode || !_isTerminal()) return;
+  if (_mode == Mode::line) {
+    if (tcgetattr(STDIN_FILENO, &_found) != 0) return;
+    _set = _found;
+    for (size_t i = 0; i < std::size(_stops); ++i) _handle(_stops[i], _onStop, _beforeStop[i]);
     _handle(SIGCONT, _onContinue, _beforeContinue);
-    _inKeyMode = true;
-    tcsetattr(STDIN_FILENO, TCSANOW, &_keyMode);
   }
-  ~KeyMode() {
-    if (!_inKeyMode) return;
-    tcsetattr(STDIN_FILENO, TCSANOW, &_found);
-    _inKeyMode = false;
-    for (size_t i = 0; i < std::size(_stops); ++i) sigaction(_stops[i], &_before[i], nullptr);
+  if (mode != Mode::line) {
+    termios raw = _found;
+    raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | IEXTEN | (mode == Mode::keys ? ISIG : 0));
+    raw.c_iflag &= ~static_cast<tcflag_t>(IXON | ICRNL | INLCR | IGNCR | ISTRIP);
+    raw.c_cc[VMIN] = 1;
+    raw.c_cc[VTIME] = 0;
+    raw.c_cc[VSUSP] = raw.c_cc[VQUIT] = _POSIX_VDISABLE;
+    _set = raw;
+  }
+  _mode = mode;
+  tcsetattr(STDIN_FILENO, TCSANOW, mode == Mode::line ? &_found : &_set);
+  if (mode == Mode::line) {
+    for (size_t i = 0; i < std::size(_stops); ++i) sigaction(_stops[i], &_beforeStop[i], nullptr);
     sigaction(SIGCONT, &_beforeContinue, nullptr);
   }
+}
+
+// Holds the terminal in key mode.
+class KeyMode {
+ public:
+  KeyMode() { _setMode(Mode::keys); }
+  ~KeyMode() { _setMode(_before); }
   KeyMode(const KeyMode&) = delete;
   KeyMode& operator=(const KeyMode&) = delete;
 
  private:
-  // Takes a signal over unless it is ignored.
-  static void _handle(int sig, void (*handler)(int), struct sigaction& before) {
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    sigemptyset(&action.sa_mask);
-    sigaction(sig, nullptr, &before);
-    if (before.sa_handler != SIG_IGN) sigaction(sig, &action, nullptr);
-  }
-  struct sigaction _before[std::size(_stops)];
-  struct sigaction _beforeContinue;
+  const Mode _before = _mode;
 };
 
-// True when input can be read within ms. Its end counts as input.
+struct AtEnd {
+  ~AtEnd() { PosixLineMode(); }
+} _atEnd;
+
+// Ctrl-C while no key is awaited.
+volatile sig_atomic_t _interrupted = 0;
+struct sigaction _beforeInterrupt;
+void _onInterrupt(int) { _interrupted = 1; }
+
+// True when input can be read within ms. Its end counts as input. False at once when Ctrl-C breaks
+// the wait off.
 bool _waitInput(int ms) {
   pollfd fd = {STDIN_FILENO, POLLIN, 0};
   for (;;) {
+    if (_interrupted) return false;
     const int ready = poll(&fd, 1, ms);
     if (ready >= 0 || errno != EINTR) return ready > 0;
-    if (_inKeyMode) tcsetattr(STDIN_FILENO, TCSANOW, &_keyMode);
   }
 }
 
@@ -115,17 +147,13 @@ bool _fill(int ms) {
   _pos = 0;
   std::fflush(nullptr);
   for (;;) {
-    if (ms != _forever && !_waitInput(ms)) return false;
+    if (!_waitInput(ms)) return false;
     const ssize_t n = read(STDIN_FILENO, _buf + _end, sizeof _buf - _end);
     if (n > 0) {
       _end += static_cast<size_t>(n);
       return true;
     }
-    if (n < 0 && errno == EINTR) {
-      if (_inKeyMode) tcsetattr(STDIN_FILENO, TCSANOW, &_keyMode);
-    } else if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-      if (!_waitInput(ms)) return false;
-    } else {
+    if (n == 0 || (errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK)) {
       _ended = !_isTerminal();
       return false;
     }
@@ -205,7 +233,16 @@ int _foldSequence() {
 
 }  // namespace
 
-void ansi_on() {}
+void PosixLineMode() { _setMode(Mode::line); }
+
+// A standard stream that was closed leaves its descriptor to the next file opened, and a table on
+// descriptor 1 would take the program's output: the null device holds such a place. A write beyond
+// the limit of a file's size shall fail like one to a full disk, and not end the program.
+void ansi_on() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
+    if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) _exit(1);
+  std::signal(SIGXFSZ, SIG_IGN);
+}
 
 int _getch() {
   if (_scanCode >= 0) {
@@ -230,11 +267,12 @@ int _getch() {
 
 bool _kbhit() {
   if (_scanCode >= 0 || _pos + _skipLf < _end) return true;
-  const KeyMode mode;
+  _setMode(Mode::poll);
   return _have(0, 0);
 }
 
 bool OS_ReadLine(size_t max, std::string& line) {
+  PosixLineMode();
   line.clear();
   bool content = true;
   for (size_t n = 0; n < max; ++n) {
@@ -250,12 +288,27 @@ bool OS_ReadLine(size_t max, std::string& line) {
     } else if (c == '\r' && _have(0, _forever) && _buf[_pos] == '\n') {
       c = _buf[_pos++];
     }
-    if (c == keyEnd) return n > 0;
+    if (c == keyEnd) return n > 0 && !_interrupted;
     if (c == 0) content = false;
     if (content || c == '\n') line += static_cast<char>(c);
     if (c == '\n') return true;
   }
   return max > 0;
+}
+
+void OS_CatchInterrupt() {
+  _handle(SIGINT, _onInterrupt, _beforeInterrupt);
+}
+
+bool OS_Interrupted() { return _interrupted; }
+
+void OS_ForgetInterrupt() {
+  if (!_interrupted) return;
+  _interrupted = 0;
+  _pos = _end;
+  _skipLf = false;
+  _scanCode = -1;
+  _ended = _ended || !_isTerminal();
 }
 
 }  // namespace mox

@@ -36,9 +36,55 @@ int OpPr(int depth, Stack& stk);
 int OpPrAt(int depth, Stack& stk);
 int OpPrLn(int depth, Stack& stk);
 
+// run_input
+int OpAccept(int depth, Stack& stk);
+int OpInput(int depth, Stack& stk);
+int OpWait(int depth, Stack& stk);
+
+// run_func
+int OpAbs(int depth, Stack& stk);
+int OpInt(int depth, Stack& stk);
+int OpSqr(int depth, Stack& stk);
+int OpRnd(int depth, Stack& stk);
+int OpInKey(int depth, Stack& stk);
+int OpDir(int depth, Stack& stk);
+int OpSDir(int depth, Stack& stk);
+int OpRun(int depth, Stack& stk);
+int OpType3(int depth, Stack& stk);
+
+// run_func_text
+int OpLen(int depth, Stack& stk);
+int OpMid(int depth, Stack& stk);
+int OpLeft(int depth, Stack& stk);
+int OpRight(int depth, Stack& stk);
+int OpInStr(int depth, Stack& stk);
+int OpTrim(int depth, Stack& stk);
+int OpUCase(int depth, Stack& stk);
+int OpLCase(int depth, Stack& stk);
+int OpChr(int depth, Stack& stk);
+int OpAsc(int depth, Stack& stk);
+int OpVal(int depth, Stack& stk);
+int OpStr(int depth, Stack& stk);
+int OpColor(int depth, Stack& stk);
+int OpDate(int depth, Stack& stk);
+
 // run_sys
 int OpOpt(int depth, Stack& stk);
+int OpReset(int depth, Stack& stk);
 int OpQuit(int depth, Stack& stk);
+int OpDel(int depth, Stack& stk);
+int OpRen(int depth, Stack& stk);
+int OpClMem(int depth, Stack& stk);
+int OpClAll(int depth, Stack& stk);
+int OpDspMem(int depth, Stack& stk);
+int OpDspFn(int depth, Stack& stk);
+
+// run_help
+int OpHelp(int depth, Stack& stk);
+
+// run_mem
+int OpMSave(int depth, Stack& stk);
+int OpRestore(int depth, Stack& stk);
 
 // rundb
 int OpUse(int depth, Stack& stk);
@@ -68,8 +114,25 @@ int OpUpdRec0(int depth, Stack& stk);
 int OpSetFld(int depth, Stack& stk);
 int OpUpdRec2(int depth, Stack& stk);
 int OpRemove(int depth, Stack& stk);
-int OpSetNdx(int depth, Stack& stk);
 int OpPack(int depth, Stack& stk);
+
+// rundb_index
+int OpSetNdx(int depth, Stack& stk);
+int OpNdx(int depth, Stack& stk);
+int OpReNdx(int depth, Stack& stk);
+int OpFind(int depth, Stack& stk);
+
+// moxcopy, sdf
+int OpCpyMox(int depth, Stack& stk);
+int OpCpyDef(int depth, Stack& stk);
+int OpApndDbf(int depth, Stack& stk);
+int OpApndSdf(int depth, Stack& stk);
+
+// moxsort, moxjoin, moxtotal, moxupdate
+int OpSort(int depth, Stack& stk);
+int OpJoin(int depth, Stack& stk);
+int OpTotal(int depth, Stack& stk);
+int OpUpdate(int depth, Stack& stk);
 
 // runscr
 int OpSay(int depth, Stack& stk);

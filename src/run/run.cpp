@@ -185,11 +185,11 @@ Program CutSteps(Lines steps) {
   return program;
 }
 
-int doRun1(const Program& program, Stack& stk) {
+int doRun1(const Program& program, Stack& stk, bool breakable) {
   outcol = 0;
   errnum = errNone;
   Run run{program, stk, 0, 0, {}};
-  while (errnum == errNone) {
+  while (errnum == errNone && !(breakable && Interrupted())) {
     if (static_cast<size_t>(run.pc) >= program.size()) {
       IntErr("NO SUCH STEP");
       break;
@@ -211,7 +211,7 @@ void doRun(const Program& program) {
   NestGuard nest;
   if (!nest.ok()) return;
   Stack stk;
-  doRun1(program, stk);
+  doRun1(program, stk, true);
   FpCloseAll();
 }
 
@@ -225,7 +225,7 @@ int AskStep() {
     std::printf("\n");
     if (key == keyEnd) {
       InputEnded();
-      decision = errTold;
+      decision = errnum;
     } else if ((key & 95) == 27) {
       decision = errCancel;
     } else if ((key & 95) == 'Y') {

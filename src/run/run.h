@@ -47,8 +47,10 @@ Program CutSteps(Lines steps);
 // Runs a program from depth 0 on a stack of its own and closes the numbered files at its end.
 void doRun(const Program& program);
 // Runs a program from depth 0 and returns the final depth; the values stay on the stack. A
-// negative depth is that of a POP that asked for too much.
-int doRun1(const Program& program, Stack& stk);
+// negative depth is that of a POP that asked for too much. Ctrl-C ends a breakable run before its
+// next step. Statements are breakable; expressions, which are short, aren't: a key that is computed
+// while an index follows a record must come out whole.
+int doRun1(const Program& program, Stack& stk, bool breakable = false);
 
 // The single-step question: errNone to go on, errCancel, or errTold at the end of the input.
 int AskStep();

@@ -1,11 +1,21 @@
-// The steps of the session itself.
+// The steps of the session itself: options, files, what CLEAR clears, listings.
 
+#include <cstdio>
+
+#include "host/host.h"
 #include "run/handlers.h"
+#include "run/run_out.h"
+#include "run/run_value.h"
+#include "run/run_var.h"
+#include "screen/moxread.h"
 #include "session/error.h"
+#include "session/files.h"
 #include "session/misc.h"
 #include "session/number.h"
 #include "session/options.h"
 #include "session/session.h"
+#include "store/db.h"
+#include "vars/vars.h"
 
 namespace mox {
 
@@ -19,6 +29,15 @@ void _setFormat(const std::string& operand) {
     g_opt[optFORMAT] = 0;
   else
     g_optval[optFORMAT] = qs2s(operand);
+}
+
+// The bytes that a variable counts in the listing.
+int _bytesUsed(int number) {
+  switch (VarGetProp(number, propType)) {
+    case 'L': return 2;
+    case 'N': return 7;
+    default: return VarGetProp(number, propLength) + 1;
+  }
 }
 
 }  // namespace
@@ -39,9 +58,58 @@ int OpOpt(int depth, Stack& stk) {
   return -used;
 }
 
+int OpReset(int, Stack&) { return -1; }
+
 int OpQuit(int, Stack&) {
   g_quit = 1;
   return 0;
+}
+
+int OpDel(int depth, Stack& stk) {
+  const std::string path = FnFind(qs2s(stk[depth - 1]));
+  if (dbInUse(path) >= 0 || !FileDelete(path)) SetErr("DELETE FILE FAILED", "");
+  return -1;
+}
+
+int OpRen(int depth, Stack& stk) {
+  const std::string from = FnFind(qs2s(stk[depth - 2]));
+  if (dbInUse(from) >= 0 || !FileRename(from, qs2s(stk[depth - 1]))) SetErr("RENAME FAILED", "");
+  return -2;
+}
+
+int OpClMem(int, Stack&) {
+  VarClear();
+  return 0;
+}
+
+int OpClAll(int, Stack&) {
+  VarClear();
+  AtClear();
+  dbReset();
+  return 0;
+}
+
+int OpDspMem(int, Stack&) {
+  int bytes = 0;
+  for (int i = 0; i < VarCount(); ++i) {
+    const std::string& name = *VarName(i);
+    SayTxt(0, StrFmt("%-10.10s  (%c)  ", name.c_str(), VarGetProp(i, propType)));
+    SayVal(-1, GetV(name, 0, 0));
+    SayNL();
+    bytes += _bytesUsed(i);
+  }
+  SayTxt(0, StrFmt("** TOTAL **     %02d VARIABLES USED  %05d BYTES USED", VarCount(), bytes));
+  SayNL();
+  return 0;
+}
+
+int OpDspFn(int depth, Stack& stk) {
+  constexpr int namesInLine = 4;
+  int shown = 0;
+  for (const std::string& name : OS_GetFileList(stk[depth - 1]))
+    std::printf("%s%-18s ", shown++ % namesInLine == 0 ? "\n" : "", name.c_str());
+  std::printf("\n\n");
+  return -1;
 }
 
 }  // namespace mox

@@ -98,6 +98,8 @@ std::string N_ToVTLD(double x, int length, int decimals) {
   return value;
 }
 
+int StackInt(std::string_view text) { return DblToInt(TxtToDbl(text)); }
+
 bool L_FmVTLD(std::string_view text) {
   const Typ typ = GetTyp(text);
   return typ.bare == -1 || (typ.bare == 0 && TxtToInt(text) != 0);

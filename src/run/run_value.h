@@ -38,6 +38,9 @@ double N_FmVTLD(std::string_view text, int& length, int& decimals);
 // column, one less for 0, and one more without decimals.
 std::string N_ToVTLD(double x, int length, int decimals);
 
+// The number on the stack, cut toward zero and bounded to 32 bits.
+int StackInt(std::string_view text);
+
 bool L_FmVTLD(std::string_view text);  // truth, as the logical operators see it
 std::string L_ToVTLD(bool truth);
 

@@ -59,6 +59,14 @@ bool _sayTables() {
   return any;
 }
 
+void _sayIndexes() {
+  if (!dbINDEXED(selectedArea)) return;
+  std::printf("INDEXES:          KEY EXPRESSION:\n");
+  for (int slot = 0; slot < dbNdxs(selectedArea); ++slot)
+    std::printf(" %-14s   %s\n", dbNdxFn(selectedArea, slot).c_str(),
+                dbNdxExpr(selectedArea, slot).c_str());
+}
+
 void _saySettings() {
   struct Shown {
     const char* name;
@@ -95,8 +103,6 @@ void dspFlds() {
     SayTxt(-1, " ");
   }
 }
-
-int StackInt(std::string_view text) { return DblToInt(TxtToDbl(text)); }
 
 int dspExpr(Expr& e) {
   if (ScanCompile(e) != 0) return -1;
@@ -197,7 +203,9 @@ int OpDspStat(int, Stack&) {
   constexpr int keyEsc = 27;
   std::printf("\n");
   const bool any = _sayTables();
-  std::printf("\n\n");
+  std::printf("\n");
+  _sayIndexes();
+  std::printf("\n");
   if (any && AskWait() == keyEsc) return 0;
   if (errnum) return 0;
   std::printf("\nTODAYS DATE        - %s\n", DateNow().c_str());

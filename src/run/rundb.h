@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "run/run_nest.h"
+#include "run/run_value.h"
 
 namespace mox {
 
@@ -29,8 +30,7 @@ bool Qualifies(Expr& condition);
 // 0, or -1 after a report when the condition gives no complete list: nothing is visited then.
 int ScanRecords(int start, int count, const std::string& condition,
                 const std::function<bool()>& action);
-
-// The number on the stack, cut toward zero.
-int StackInt(std::string_view text);
+// The same with a condition that is compiled.
+void ScanRecords(int start, int count, Expr& condition, const std::function<bool()>& action);
 
 }  // namespace mox

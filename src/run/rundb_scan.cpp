@@ -12,6 +12,7 @@
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
+#include "session/session.h"
 #include "store/db.h"
 
 namespace mox {
@@ -35,14 +36,16 @@ std::vector<Expr> _expressions(const Stack& stk, int first, int n) {
 
 bool _listRecord(std::vector<Expr>& expressions) {
   if (!validRno()) return true;
+  bool whole = true;
   dspRnoDel();
   for (Expr& e : expressions) {
-    if (dspExpr(e) != 0) return false;
+    whole = dspExpr(e) == 0;
+    if (!whole) break;
     SayTxt(-1, " ");
   }
   if (expressions.empty()) dspFlds();
   std::putchar('\n');
-  return true;
+  return whole;
 }
 
 // DELETE and RECALL: start n for ->
@@ -51,8 +54,10 @@ int _markRecords(int depth, Stack& stk, bool counts, int (*mark)(int), const cha
   if (!DbChk()) return -removed;
   int tally = 0;
   const auto action = [&] {
-    if (dbDELETED(selectedArea) == counts) ++tally;
-    return mark(selectedArea) == 0;
+    const bool changes = dbDELETED(selectedArea) == counts;
+    if (mark(selectedArea) != 0) return false;
+    tally += changes;
+    return true;
   };
   if (ScanRecords(StackInt(stk[depth - 3]), StackInt(stk[depth - 2]), stk[depth - 1], action) == 0)
     _say(told, tally);
@@ -61,7 +66,9 @@ int _markRecords(int depth, Stack& stk, bool counts, int (*mark)(int), const cha
 
 // From the current record on to the first that qualifies, and tells where the table stands.
 void _seek(Expr& condition) {
-  while (!dbEOF(selectedArea) && !Qualifies(condition)) dbSkip(selectedArea, 1);
+  while (!dbEOF(selectedArea) && !Interrupted() && !Qualifies(condition))
+    dbSkip(selectedArea, 1);
+  if (Interrupted()) return;
   if (dbEOF(selectedArea)) {
     if (g_opt[optTALK]) std::printf("END OF FILE ENCOUNTERED\n");
   } else {
@@ -133,12 +140,16 @@ int ScanRecords(int start, int count, const std::string& condition,
                 const std::function<bool()>& action) {
   Expr test(condition, scanSteps);
   if (ScanCompile(test) != 0) return -1;
+  ScanRecords(start, count, test, action);
+  return 0;
+}
+
+void ScanRecords(int start, int count, Expr& condition, const std::function<bool()>& action) {
   dbSkipTo(selectedArea, start);
-  for (int i = 0; i < count && !dbEOF(selectedArea);) {
-    if (Qualifies(test) && !action()) break;
+  for (int i = 0; i < count && !dbEOF(selectedArea) && !Interrupted();) {
+    if (Qualifies(condition) && !action()) break;
     if (++i < count) dbSkip(selectedArea, 1);
   }
-  return 0;
 }
 
 int OpList(int depth, Stack& stk) {

@@ -59,15 +59,19 @@ int OpRemove(int, Stack&) {
   return 0;
 }
 
-int OpSetNdx(int depth, Stack& stk) {
-  const int n = StackInt(stk[depth - 1]);
-  if (DbChk() && n > 0) SetErr("INDEX FILE CANNOT BE OPENED", "");
-  return -(n + 1);
-}
-
+// The indexes are built anew also behind a pack that broke off: it may have moved records. When
+// one can't be built, all are closed: the old file leads to the wrong records.
 int OpPack(int, Stack&) {
-  if (!DbChk() || dbPack(selectedArea) != 0) return 0;
-  if (g_opt[optTALK]) std::printf("PACK COMPLETE, %05d RECORDS COPIED\n", dbRMAX(selectedArea));
+  if (!DbChk()) return 0;
+  const bool packed = dbPack(selectedArea) == 0;
+  const int failed = errnum;
+  const auto message = errmsg;
+  if (packed && g_opt[optTALK])
+    std::printf("PACK COMPLETE, %05d RECORDS COPIED\n", dbRMAX(selectedArea));
+  if (dbReindex(g_opt[optTALK]) != 0) dbClrIndex(selectedArea);
+  if (packed) return 0;
+  errnum = failed;
+  errmsg = message;
   return 0;
 }
 

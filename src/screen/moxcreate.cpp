@@ -48,6 +48,26 @@ bool _askFields(std::vector<FieldDef>& fields) {
   return true;
 }
 
+// Makes the table beside its place and moves it there when it is whole, so that what stood there
+// is lost to no half-made table: null, or what failed. A field without a name leaves its number
+// unfilled.
+const char* _writeTable(const std::string& path, const std::vector<FieldDef>& fields) {
+  const std::string fresh = FileBeside(path);
+  DbfTable t;
+  if (fresh.empty() || dbfCreate(t, fresh) != 0) {
+    FileDelete(fresh);
+    return "CANNOT CREATE FILE";
+  }
+  int number = 0;
+  for (const FieldDef& f : fields)
+    if (++number; !f.name.empty()) dbfFld(t, number, f.name, f.type, f.width, f.decimals);
+  const int written = dbfFld(t, 0, "", ' ', 0, 0);
+  const int closed = dbfClose(t);
+  if (written == 0 && closed == 0) return FileReplace(fresh, path) ? nullptr : "CANNOT CREATE FILE";
+  FileDelete(fresh);
+  return "CANNOT WRITE FILE";
+}
+
 Lines _gridLines() {
   Lines lines(maxFields);
   for (int f = 0; f < dbCOLS(selectedArea); ++f)
@@ -114,42 +134,27 @@ int MoxCreate(const std::string& filename) {
     InputEnded();
     return -1;
   }
-  DbfTable t;
-  if (dbfCreate(t, path) != 0) {
-    SetErr("CANNOT CREATE FILE", path);
-    return -1;
-  }
-  int number = 0;
-  for (const FieldDef& f : fields) dbfFld(t, ++number, f.name, f.type, f.width, f.decimals);
-  int result = dbfFld(t, 0, "", ' ', 0, 0);
-  if (int closed = dbfClose(t); result == 0) result = closed;
-  if (result != 0) SetErr("CANNOT WRITE FILE", path);
-  return result == 0 ? 0 : -1;
+  const char* const failed = _writeTable(path, fields);
+  if (!failed) return 0;
+  SetErr(failed, path);
+  return -1;
 }
 
 int _CrDbf(const std::string& filename, const Lines& lines) {
-  const std::string beside = FileBeside(filename);
-  DbfTable t;
-  if (dbfCreate(t, beside) != 0) return -1;
-  int number = 0;
+  std::vector<FieldDef> fields;
   for (const std::string& line : lines) {
     if (isBlank(line)) break;
-    ++number;
-    FieldDef f;
-    if (_CrFld(GetWords(line, lineWords + 1), f) == 0)
-      dbfFld(t, number, f.name, f.type, f.width, f.decimals);
+    if (_CrFld(GetWords(line, lineWords + 1), fields.emplace_back()) != 0) fields.back() = {};
   }
-  int result = dbfFld(t, 0, "", ' ', 0, 0);
-  if (int closed = dbfClose(t); result == 0) result = closed;
-  if (result == 0) return FileReplace(beside, filename);
-  FileRemove(beside);
-  return -1;
+  while (!fields.empty() && fields.back().name.empty()) fields.pop_back();
+  const char* const failed = _writeTable(filename, fields);
+  if (failed) SetErr(failed, filename);
+  return failed ? -1 : 0;
 }
 
 int edScrn(int row, int col, int n, std::string* lines) {
   int key = 0;
-  for (int i = 0;
-       i >= 0 && i < n && row + i < scrRows && key != keyAbandon && key != keySave;) {
+  for (int i = 0; i >= 0 && i < n && row + i < scrRows && key != keyAbandon && key != keySave;) {
     key = ScrGet(row + i, col, lines[i], 'C', "");
     if (key == keyUp) --i;
     if (key == keyTab || key == keyEnter || key == keyDown) ++i;
@@ -168,11 +173,12 @@ int MoxModiStru() {
   if (!_editGrid(lines)) return 0;
   dbCloseDbf(selectedArea);
   const int result = _CrDbf(path, lines);
-  if (result != 0) SetErr("CANNOT WRITE FILE", path);
-  if (dbReopenDbf(selectedArea, path) != 0)
+  if (dbReopenDbf(selectedArea, path) != 0) {
     SetErr("FILE DOES NOT EXIST", path);
-  else
-    dbTop(selectedArea);
+    return -1;
+  }
+  if (result == 0 && dbINDEXED(selectedArea)) dbReindex(false);  // no record is left to be found
+  dbTop(selectedArea);
   return result;
 }
 

@@ -127,18 +127,30 @@ void _delete(TextEditor& e) {
 
 void _actOnKey(TextEditor& e, int key) {
   switch (key) {
-    case keyRight: e.col = std::min(e.col + 1, lastCol); break;
+    case keyRight:
+      e.col = std::min(e.col + 1, lastCol);
+      break;
     case keyBackspace:
-    case keyLeft: e.col = std::max(e.col - 1, 0); break;
-    case keyUp: _up(e); break;
-    case keyDown: _down(e); break;
+    case keyLeft:
+      e.col = std::max(e.col - 1, 0);
+      break;
+    case keyUp:
+      _up(e);
+      break;
+    case keyDown:
+      _down(e);
+      break;
     case keyLineFeed:
-    case keyEnter: _splitLine(e); break;
+    case keyEnter:
+      _splitLine(e);
+      break;
     case keyInsert:
       e.ins = !e.ins;
       ScrSayInsert(e.ins);
       break;
-    case keyDelete: _delete(e); break;
+    case keyDelete:
+      _delete(e);
+      break;
     default:
       if (IsPrintable(key)) _enter(e, key);
   }
@@ -178,9 +190,12 @@ int MoxEd(const std::string& path) {
   while (!lines.empty() && isBlank(lines.back())) lines.pop_back();
   int result = 0;
   if (key == keySave) {
-    for (std::string& line : lines) trim(line);
-    result = WriteLines(FnFind(path), lines);
-    if (result != 0) SetErr("CANT SAVE FILE", "");
+    std::string text;
+    for (std::string& line : lines) text += trim(line) + '\n';
+    if (!FileWrite(FnFind(path), text, "wx")) {
+      SetErr("CANT SAVE FILE", "");
+      result = -1;
+    }
   }
   ScrLeave();
   return result;

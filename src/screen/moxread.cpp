@@ -60,9 +60,9 @@ int svPutDb(const Sv& sv) {
   const int field = dbFno(selectedArea, sv.name);
   if (field < 0) return -1;
   if (sv.value == dbVal(selectedArea, field)) return 0;
-  dbSetVal(selectedArea, field,
-           sv.type == 'N' ? FmtFixSigned(TxtToDbl(sv.value), sv.length, sv.decimals)
-                          : s2qs(sv.value));
+  dbSetVal(
+      selectedArea, field,
+      sv.type == 'N' ? FmtFixSigned(TxtToDbl(sv.value), sv.length, sv.decimals) : s2qs(sv.value));
   return 0;
 }
 
@@ -71,7 +71,8 @@ int svPutMem(const Sv& sv) {
   if (number < 0) return -1;
   std::string text = sv.value;
   if (sv.type == 'L')
-    text.assign(1, !text.empty() && std::string_view("YyTt").find(text[0]) != text.npos ? 'T' : 'F');
+    text.assign(1,
+                !text.empty() && std::string_view("YyTt").find(text[0]) != text.npos ? 'T' : 'F');
   else if (sv.type == 'N')
     text = FmtSci(TxtToDbl(text), numberDigits);
   return VarPutI2(number, 0, 0, text) == 0 ? 0 : -1;

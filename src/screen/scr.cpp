@@ -18,8 +18,7 @@ struct ExtendedKey {
   int key;
 };
 constexpr ExtendedKey extendedKeys[] = {
-    {72, keyUp},   {75, keyLeft},   {77, keyRight},
-    {80, keyDown}, {82, keyInsert}, {83, keyDelete},
+    {72, keyUp}, {75, keyLeft}, {77, keyRight}, {80, keyDown}, {82, keyInsert}, {83, keyDelete},
 };
 
 void _print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }

@@ -22,30 +22,30 @@ constexpr int scrCols = 80;
 enum ScrKey {
   keyCtrlA = 1,
   keyCtrlB = 2,
-  keyRight = 4,       // Ctrl-D
-  keyUp = 5,          // Ctrl-E
+  keyRight = 4,  // Ctrl-D
+  keyUp = 5,     // Ctrl-E
   keyCtrlF = 6,
-  keyDelete = 7,      // Ctrl-G
-  keyBackspace = 8,   // Ctrl-H
-  keyTab = 9,         // Ctrl-I
-  keyLineFeed = 10,   // Ctrl-J
-  keyEnter = 13,      // Ctrl-M
-  keyAbandon = 17,    // Ctrl-Q; also the end of the input
-  keyLeft = 19,       // Ctrl-S
-  keyMark = 21,       // Ctrl-U
-  keyInsert = 22,     // Ctrl-V
-  keySave = 23,       // Ctrl-W
-  keyDown = 24,       // Ctrl-X
+  keyDelete = 7,     // Ctrl-G
+  keyBackspace = 8,  // Ctrl-H
+  keyTab = 9,        // Ctrl-I
+  keyLineFeed = 10,  // Ctrl-J
+  keyEnter = 13,     // Ctrl-M
+  keyAbandon = 17,   // Ctrl-Q; also the end of the input
+  keyLeft = 19,      // Ctrl-S
+  keyMark = 21,      // Ctrl-U
+  keyInsert = 22,    // Ctrl-V
+  keySave = 23,      // Ctrl-W
+  keyDown = 24,      // Ctrl-X
   keyCtrlZ = 26,
   keyExtended = 256,
 };
 inline bool IsPrintable(int c) { return c >= 32 && c <= 126; }
 
 void ScrClear();
-void ScrNewPage();  // lets the old contents scroll away first
+void ScrNewPage();             // lets the old contents scroll away first
 void ScrTo(int row, int col);  // not bounded here
-void ScrNVid();  // white on black
-void ScrRVid();  // black on white
+void ScrNVid();                // white on black
+void ScrRVid();                // black on white
 
 // These take a place beyond the screen as one on its edge.
 void ScrClrEol(int row, int col);

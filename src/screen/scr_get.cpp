@@ -20,8 +20,8 @@ bool _endsField(int key) {
 
 bool _isLetter(int c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 bool _isNumeric(int c) {
-  return IsPrintable(c) && std::string_view("0123456789-+. ").find(static_cast<char>(c)) !=
-                               std::string_view::npos;
+  return IsPrintable(c) &&
+         std::string_view("0123456789-+. ").find(static_cast<char>(c)) != std::string_view::npos;
 }
 
 // A field that is being edited. Positions from 0 to width - 1 can be changed; the cursor can also
@@ -64,12 +64,17 @@ void _cursorTo(int row, int col, const Entry& e) {
 
 int _trans(int c, char picture) {
   switch (picture) {
-    case 'X': return c;
+    case 'X':
+      return c;
     case '9':
-    case '#': return _isNumeric(c) ? c : -1;
-    case 'A': return _isLetter(c) ? c : -1;
-    case '!': return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c;
-    default: return -1;
+    case '#':
+      return _isNumeric(c) ? c : -1;
+    case 'A':
+      return _isLetter(c) ? c : -1;
+    case '!':
+      return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c;
+    default:
+      return -1;
   }
 }
 
@@ -108,7 +113,9 @@ int ScrGet(int row, int col, std::string& text, char type, std::string_view pict
       case keyLeft:
         if (e.at > 0) --e.at;
         break;
-      case keyDelete: e.remove(); break;
+      case keyDelete:
+        e.remove();
+        break;
       case keyBackspace:
         if (e.at > 0) {
           --e.at;

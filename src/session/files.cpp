@@ -12,6 +12,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int _endMark = 0x1A;
+constexpr int _maxSpare = 100;  // names tried for a file that is to replace another
 
 constexpr int _fpSlots = 10;
 constexpr int _fpFirst = 2;  // the first slot for files
@@ -22,6 +23,13 @@ struct FpSlot {
 FpSlot k7_fp[_fpSlots];
 
 bool _isOpen(int slot) { return slot >= 0 && slot < _fpSlots && k7_fp[slot].stream; }
+
+// The file to which the path leads, or the path when there is none yet.
+std::string _behindLinks(const std::string& path) {
+  std::error_code ec;
+  const fs::path file = fs::canonical(path, ec);
+  return ec ? path : file.string();
+}
 
 }  // namespace
 
@@ -57,34 +65,58 @@ bool SameFile(const std::string& a, const std::string& b) {
   return fs::equivalent(a, b, ec) && !ec;
 }
 
+bool FileDelete(const std::string& path) {
+  std::error_code ec;
+  return !fs::is_directory(path, ec) && fs::remove(path, ec);
+}
+
+bool FileRename(const std::string& from, const std::string& to) {
+  std::error_code ec;
+  if (!fs::exists(from, ec) || fs::is_directory(from, ec)) return false;
+  if (fs::exists(fs::symlink_status(to, ec)) && !SameFile(from, to)) return false;
+  fs::rename(from, to, ec);
+  return !ec;
+}
+
 std::string FileBeside(const std::string& path) {
+  const std::string target = _behindLinks(path);
   std::error_code ec;
-  std::string beside = path + ".new";
-  while (fs::exists(fs::symlink_status(beside, ec))) beside += '1';
-  return beside;
-}
-
-int FileReplace(const std::string& beside, const std::string& path) {
-  std::error_code ec;
-  fs::path target = fs::canonical(path, ec);
-  if (ec) target = path;
-  const fs::file_status old = fs::status(target, ec);
-  if (fs::is_regular_file(old)) {
-    // What may not be written isn't replaced either.
-    if (!FileOpen(target.string(), "r+b")) ec = std::make_error_code(std::errc::permission_denied);
-    if (!ec) fs::permissions(beside, old.permissions(), ec);
-  } else {
-    ec.clear();
+  for (int i = 0; i < _maxSpare; ++i) {
+    const std::string beside = target + '.' + std::to_string(i);
+    if (!fs::exists(fs::symlink_status(beside, ec))) return beside;
   }
-  if (!ec) fs::rename(beside, target, ec);
-  if (!ec) return 0;
-  FileRemove(beside);
-  return -1;
+  return {};
 }
 
-int FileRemove(const std::string& path) {
+bool FileReplace(const std::string& beside, const std::string& path) {
+  const std::string target = _behindLinks(path);
   std::error_code ec;
-  return fs::remove(path, ec) && !ec ? 0 : -1;
+  bool sound = true;
+  if (fs::exists(target, ec)) {
+    sound = FileOpen(target, "r+b") != nullptr;  // what may not be written isn't replaced either
+    if (sound) fs::permissions(beside, fs::status(target, ec).permissions(), ec);
+  }
+  if (sound) fs::rename(beside, target, ec);
+  if (sound && !ec) return true;
+  fs::remove(beside, ec);
+  return false;
+}
+
+bool FileWrite(const std::string& path, std::string_view bytes, const char* mode) {
+  const std::string beside = FileBeside(path);
+  File f = FileOpen(beside, mode);
+  if (!f) return false;
+  bool written = std::fwrite(bytes.data(), 1, bytes.size(), f.get()) == bytes.size();
+  written = std::fclose(f.release()) == 0 && written;
+  if (written) return FileReplace(beside, path);
+  FileDelete(beside);
+  return false;
+}
+
+void FileDrop(const std::string& path) {
+  std::error_code ec;
+  const fs::path file = fs::canonical(path, ec);  // the file itself when the path is a link
+  if (!ec && fs::is_regular_file(file, ec)) fs::remove(file, ec);
 }
 
 bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
@@ -117,19 +149,6 @@ std::optional<Lines> ReadLines(const std::string& path) {
   Lines lines;
   for (std::string line; ReadTextLine(f.get(), maxLine, line);) lines.push_back(rm_nl(line));
   return lines;
-}
-
-int WriteLines(const std::string& path, const Lines& lines) {
-  const std::string beside = FileBeside(path);
-  File f = FileOpen(beside, "w");
-  if (!f) return -1;
-  bool written = true;
-  for (const std::string& line : lines)
-    written = std::fprintf(f.get(), "%s\n", line.c_str()) >= 0 && written;
-  written = std::fclose(f.release()) == 0 && written;
-  if (written) return FileReplace(beside, path);
-  FileRemove(beside);
-  return -1;
 }
 
 void K7Init() { FpCloseAll(); }

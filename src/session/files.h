@@ -28,13 +28,21 @@ std::string FnFind(const std::string& path);
 // True when both paths lead to one and the same existing file.
 bool SameFile(const std::string& a, const std::string& b);
 
-// A file that is to replace another is written beside it under a name that no file has, and takes
-// its place when it is complete. FileReplace keeps the permissions of the file at path and follows
-// a link there: 0, or -1 with the new file gone and the old one as it was. FileRemove: the same 0
-// or -1.
+// Deletes a file, not a directory: false when it can't.
+bool FileDelete(const std::string& path);
+// Renames a file, not a directory, to a name that no other file has: false when it can't.
+bool FileRename(const std::string& from, const std::string& to);
+// Makes the file hold these bytes. They are written to a file beside it first, so that a full disk
+// leaves what was there: false then, and whenever it can't be done. The mode "wx" makes the line
+// ends those of the host.
+bool FileWrite(const std::string& path, std::string_view bytes, const char* mode = "wbx");
+// The two halves of that: a name that no file has beside the one to which the path leads, through
+// links too, or an empty text; and the move of a complete file from there to its place, with the
+// permissions that the replaced one had. FileReplace removes the new file when it can't: false.
 std::string FileBeside(const std::string& path);
-int FileReplace(const std::string& beside, const std::string& path);
-int FileRemove(const std::string& path);
+bool FileReplace(const std::string& beside, const std::string& path);
+// Removes a file that couldn't be written to its end. A device stays.
+void FileDrop(const std::string& path);
 
 // The most bytes that one read of a text line gives, its line end included.
 constexpr size_t maxLine = 131;
@@ -48,9 +56,6 @@ bool ReadTextLine(std::FILE* f, size_t max, std::string& line);
 // The lines of a text file without their line ends, in reads of maxLine bytes; a line of exactly
 // maxLine bytes comes back as that line and an empty one. Nothing when the file can't be opened.
 std::optional<Lines> ReadLines(const std::string& path);
-
-// Replaces or makes a text file of these lines: 0, or -1 with a file that was there as it was.
-int WriteLines(const std::string& path, const Lines& lines);
 
 // The table of numbered files: slots 0 to 9, of which 0 is the standard output, 1 the standard
 // input, and 2 to 9 are free for files. No statement reaches it yet; a run leaves it closed.

@@ -11,8 +11,6 @@ namespace {
 
 constexpr std::string_view _blanks = " \t\r\n";
 
-char _lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
 std::string _addExt(std::string_view name, size_t lastPart, std::string_view ext) {
   std::string result(name);
   if (name.find('.', lastPart) == name.npos) result += ext;
@@ -56,6 +54,7 @@ std::string_view dlb(std::string_view text) {
 bool isBlank(std::string_view text) { return text.find_first_not_of(_blanks) == text.npos; }
 
 char UpperChr(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
+char LowerChr(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
 std::string strUpper(std::string_view text) {
   std::string upper(text);
@@ -66,8 +65,8 @@ std::string strUpper(std::string_view text) {
 int StrICmp(std::string_view a, std::string_view b) {
   const size_t n = std::min(a.size(), b.size());
   for (size_t i = 0; i < n; ++i) {
-    const auto x = static_cast<unsigned char>(_lower(a[i]));
-    const auto y = static_cast<unsigned char>(_lower(b[i]));
+    const auto x = static_cast<unsigned char>(LowerChr(a[i]));
+    const auto y = static_cast<unsigned char>(LowerChr(b[i]));
     if (x != y) return x < y ? -1 : 1;
   }
   return (a.size() > b.size()) - (a.size() < b.size());

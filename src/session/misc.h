@@ -27,6 +27,7 @@ std::string_view dlb(std::string_view text);
 bool isBlank(std::string_view text);
 
 char UpperChr(char c);
+char LowerChr(char c);
 std::string strUpper(std::string_view text);
 // Sign of the comparison by byte value, the ASCII letters without case.
 int StrICmp(std::string_view a, std::string_view b);

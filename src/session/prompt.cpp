@@ -27,7 +27,7 @@ bool _askCommand(Lines& lines, Lines& steps) {
     std::string line;
     if (!OS_ReadLine(maxLine, line)) {
       std::printf("\n");
-      InputEnded();
+      if (!OS_Interrupted()) InputEnded();  // after Ctrl-C a fresh prompt comes, without an error
       return false;
     }
     lines.push_back(std::move(rm_nl(line)));
@@ -37,7 +37,9 @@ bool _askCommand(Lines& lines, Lines& steps) {
 }
 
 void _sayError() {
-  if (errnum != errNone && errnum != errTold) SayErr2();
+  if (errnum == errNone || errnum == errTold) return;
+  if (OS_Interrupted()) std::printf("\n");  // the terminal has shown the key on this line
+  SayErr2();
 }
 
 }  // namespace
@@ -46,9 +48,11 @@ void AppVersion() { std::printf("MOX Version %d.%02d.%05d\n", 2, 40, 299); }
 
 void AskAndRun1Cmd() {
   errnum = errNone;
+  OS_ForgetInterrupt();
   Lines lines, steps;
   if (_askCommand(lines, steps)) doRun(CutSteps(std::move(steps)));
   _sayError();
+  OS_ForgetInterrupt();
 }
 
 void RunMoxProg(const std::string& name) {
@@ -64,6 +68,7 @@ int moxmain(const std::string* program) {
   dbInit();
   g_keyboardCommand = AskAndRun1Cmd;
   g_quit = 0;
+  OS_CatchInterrupt();
   if (program) {
     RunMoxProg(*program);
     return 0;

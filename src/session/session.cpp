@@ -1,5 +1,6 @@
 #include "session/session.h"
 
+#include "host/host.h"
 #include "session/error.h"
 
 namespace mox {
@@ -8,9 +9,16 @@ int g_quit = 0;
 bool g_ended = false;
 
 void InputEnded() {
+  if (Interrupted()) return;
   g_quit = 1;
   g_ended = true;
   errnum = errTold;
+}
+
+bool Interrupted() {
+  if (!OS_Interrupted()) return false;
+  SetErr("*** INTERRUPTED", "");
+  return true;
 }
 
 }  // namespace mox

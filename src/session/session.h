@@ -10,8 +10,14 @@ extern int g_quit;
 // Set at the end of the input.
 extern bool g_ended;
 
-// The input has ended: the run stops without a message, and the session behind it.
+// A read got nothing. The input has ended: the run stops without a message, and the session behind
+// it. But when Ctrl-C broke the read off, only the run stops, with the error of it.
 void InputEnded();
+
+// True, with the error reported, when Ctrl-C was pressed since the last prompt. The machine asks
+// before each step of a statement; a step that works on many records asks between two of them,
+// where the files are sound, and stops.
+bool Interrupted();
 
 // The most lines of a block at the prompt, and the limit of the steps of what is typed there.
 constexpr size_t maxBlockLines = 1000;

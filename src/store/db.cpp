@@ -1,36 +1,44 @@
 #include "store/db.h"
 
 #include "session/error.h"
+#include "store/db_area.h"
 
 namespace mox {
 
+DbArea db[maxAreas];
+
 namespace {
 
-struct DbArea {
-  DbfTable table;
-};
-
-DbArea db[maxAreas];
 int _area = 0;
-std::string _row0;  // image of the record before the change that is under way
 
 constexpr std::string_view letters = "ABCD";
 
 bool _inRange(int area) { return area >= 0 && area < maxAreas; }
 
-DbfTable& _table(int area) { return db[area == selectedArea ? _area : area].table; }
+DbfTable& _table(int area) { return dbAreaOf(area).table; }
 
-// Hands what an operation wrote to the operating system and reports what went wrong.
-int _written(DbfTable& t, int result) {
+// The master index of the area, or null.
+NdxFile* _master(int area) {
+  DbArea& a = dbAreaOf(area);
+  return a.ndxs > 0 ? &a.index[0] : nullptr;
+}
+
+// A record number that a move through the index gave; outside the table when it is damaged, so
+// that the move ends at the end of the table.
+int _target(NdxFile& x, int rno) { return x.file && x.file->damaged ? dbfOutside : rno; }
+
+bool _hasPrefix(std::string_view name) { return name.size() >= 3 && name[1] == '.'; }
+
+}  // namespace
+
+DbArea& dbAreaOf(int area) { return db[area == selectedArea ? _area : area]; }
+
+int dbWritten(DbfTable& t, int result) {
   if (result == 0) result = dbfFlush(t);
   if (result == dbfFull) SetErr("TABLE IS FULL", t.name);
   if (result == dbfCantWrite) SetErr("CANNOT WRITE FILE", t.name);
   return result;
 }
-
-bool _hasPrefix(std::string_view name) { return name.size() >= 3 && name[1] == '.'; }
-
-}  // namespace
 
 int af2a(std::string_view name) {
   if (!_hasPrefix(name)) return _area;
@@ -66,9 +74,15 @@ void dbReset() {
   _area = 0;
 }
 
-int dbOpen(int area, std::string_view filename) { return dbfOpen(_table(area), filename); }
+int dbOpen(int area, std::string_view filename) {
+  dbClrIndex(area);
+  return dbfOpen(_table(area), filename);
+}
 
-int dbClose(int area) { return dbfClose(_table(area)); }
+int dbClose(int area) {
+  dbClrIndex(area);
+  return dbfClose(_table(area));
+}
 
 int dbCloseDbf(int area) { return dbfClose(_table(area)); }
 
@@ -151,54 +165,84 @@ void dbSetRow(int area, const std::string& row) {
   t.row.resize(t.rowsize, ' ');
 }
 
-int dbTop(int area) { return dbfSkipTo(_table(area), 0); }
+int dbTop(int area) {
+  NdxFile* const x = _master(area);
+  if (!x) return dbfSkipTo(_table(area), 0);
+  const int rno = ndxTop(*x);
+  const int result = dbfSkipTo(_table(area), _target(*x, rno));
+  dbNdxDamaged(*x);
+  return result;
+}
 
 int dbSkip(int area, int distance) {
   if (distance == 0) return 0;
-  return dbfSkip(_table(area), distance);
+  DbfTable& t = _table(area);
+  NdxFile* const x = _master(area);
+  if (!x) return dbfSkip(t, distance);
+  int rno = 1;
+  for (; distance > 0 && rno > 0; --distance) rno = ndxFwd(*x);
+  for (; distance < 0 && rno > 0; ++distance) rno = ndxBak(*x);
+  if (rno > 0)
+    dbfSkipTo(t, rno);
+  else
+    t.eof = true;
+  dbNdxDamaged(*x);
+  return 0;
 }
 
 int dbSkipTo(int area, int recno) {
+  constexpr int stay = -2;
   DbfTable& t = _table(area);
   if (t.rmax == 0) {
     t.recno = 0;
     t.eof = true;
     return 0;
   }
+  NdxFile* const x = _master(area);
+  if (x && recno == 0) recno = _target(*x, ndxTop(*x));
+  if (x && recno == -1) recno = _target(*x, ndxBottom(*x));
   dbfSkipTo(t, recno);
-  return 0;
+  if (!x) return 0;
+  int found = 0;
+  if (recno != stay) {
+    const std::string key = dbKeyText(*x);
+    found = ndxFindRno(*x, recno, key);
+  }
+  if (dbNdxDamaged(*x)) t.eof = true;
+  return found == 0 ? 0 : -1;
+}
+
+int dbFind(int area, int length, std::string_view text) {
+  NdxFile* const x = _master(area);
+  if (!x) return -1;
+  DbfTable& t = _table(area);
+  const int rno = ndxFind(*x, length, text);
+  if (rno > 0)
+    dbfSkipTo(t, rno);
+  else
+    t.recno = 0;
+  dbNdxDamaged(*x);
+  return rno;
 }
 
 int dbAppend(int area) {
   DbfTable& t = _table(area);
-  return _written(t, dbfAppend(t));
-}
-
-void dbRepl0(int area) {
-  if (dbOPEN(area)) _row0 = _table(area).row;
-}
-
-int dbReplace(int area) {
-  if (!dbOPEN(area)) return 0;
-  DbfTable& t = _table(area);
-  _written(t, dbfReplace(t));
-  _row0.clear();
-  return 0;
+  return dbWritten(t, dbfAppend(t));
 }
 
 int dbRemove(int area) {
   DbfTable& t = _table(area);
-  return _written(t, dbfRemove(t));
+  return dbWritten(t, dbfRemove(t));
 }
 
 int dbDelete(int area) {
   DbfTable& t = _table(area);
-  return _written(t, dbfDelete(t));
+  return dbWritten(t, dbfDelete(t));
 }
 
 int dbRecall(int area) {
   DbfTable& t = _table(area);
-  return _written(t, dbfRecall(t));
+  return dbWritten(t, dbfRecall(t));
 }
 
 void dbDelToggle(int area) {
@@ -208,7 +252,7 @@ void dbDelToggle(int area) {
 
 int dbPack(int area) {
   DbfTable& t = _table(area);
-  return _written(t, dbfPack(t));
+  return dbWritten(t, dbfPack(t));
 }
 
 }  // namespace mox

@@ -1,8 +1,10 @@
-// The four work areas: each holds a table and keeps it in step.
+// The four work areas: each holds a table with up to seven indexes and keeps them in step.
 //
 // Everything above names a table by area number, 0 to 3, or -1 for the selected area. An area is
 // closed or open; each keeps its own position and its own record buffer across a change of the
-// selection. The areas live as long as the program.
+// selection. The areas live as long as the program. The first index of an area is its master: it
+// alone gives the order of the moves, and its cursor follows the position. The others are only
+// maintained. A key expression reads area 0 where a name has no prefix, whatever the index's area.
 //
 //   area  letter  other prefix  SELECT name
 //   0     A       P             PRIMARY
@@ -22,6 +24,7 @@ namespace mox {
 
 constexpr int maxAreas = 4;
 constexpr int selectedArea = -1;
+constexpr int maxIndexes = 7;
 
 // The area that a prefixed name addresses: A to D, P or S before a dot in second place, in either
 // case; the selected area without a prefix; -2 for another letter. And the name behind the prefix.
@@ -74,15 +77,32 @@ int dbSetVal(int area, int field, std::string_view value);
 const std::string& dbRow(int area);
 void dbSetRow(int area, const std::string& row);
 
-// Moves. dbSkipTo takes 0 for the first record and -1 for the last; on an empty table it sets
-// recno 0 and eof. A move beyond the table sets eof and stays.
+// Indexes, by slot 0 to 6. dbSetIndex closes what the slot has and gives the result of ndxOpen, or
+// -99 for another slot; the master's cursor is then on nothing.
+void dbClrIndex(int area);
+int dbSetIndex(int area, int slot, std::string_view filename);
+int dbNdxs(int area);  // slots in use
+bool dbINDEXED(int area);
+std::string dbNdxFn(int area, int slot);  // file name and key expression; empty when out of range
+std::string dbNdxExpr(int area, int slot);
+
+// Moves, in the order of the master index when there is one. A move beyond the table or the index
+// sets eof and stays. dbSkipTo takes 0 for the first record, -1 for the last and -2 to stay; on an
+// empty table it sets recno 0 and eof; -1 when the record isn't in the master index, whose cursor
+// then isn't on it. A damaged index is reported and ends a move as the end of the table does.
 int dbTop(int area);
 int dbSkip(int area, int distance);
 int dbSkipTo(int area, int recno);
+// The record of the first key that agrees with the text in length bytes. Below 1: there is none,
+// recno becomes 0 and all else stays; -1 also without an index.
+int dbFind(int area, int length, std::string_view text);
 
 // Changes. A record is changed by dbRepl0, which keeps its image, dbSetVal or dbSetRow, which
-// change the buffer, and dbReplace, which writes it. Each hands what it wrote to the operating
-// system before it returns, and reports a refused write and a full table as errors.
+// change the buffer, and dbReplace, which writes it and moves its keys: out of every index and in
+// again, also when they are the same. Nothing else touches an index: a new record enters them with
+// its first dbReplace, and a deleted one stays in them. Each hands what it wrote to the operating
+// system before it returns, and reports a refused write and a full table or index as errors. A
+// dbReplace that fails leaves the record and its keys as they were.
 int dbAppend(int area);
 void dbRepl0(int area);
 int dbReplace(int area);
@@ -90,6 +110,23 @@ int dbRemove(int area);
 int dbDelete(int area);
 int dbRecall(int area);
 void dbDelToggle(int area);  // turns the deletion mark over, in the buffer only
-int dbPack(int area);
+int dbPack(int area);        // the caller then calls dbReindex
+
+// Builds an index file over the selected area's records in their order and closes it. It takes the
+// place of an existing file when it is complete; a slot of any area that has this file open then
+// has the new one. 0, or -1 after a report: the existing file is as it was. With talk it prints
+// its progress. The table ends at eof.
+int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk);
+// Rebuilds the indexes of the selected area from their key expressions: 0, or -1 after a report.
+int dbReindex(bool talk);
+
+// Whole tables. An empty list means all fields of the area.
+//
+// dbCopyStruc makes an empty table with the named fields: 0; -1 a name isn't a field (the file has
+// the fields before it); dbfCantCreate; dbfCantWrite (no file is left).
+int dbCopyStruc(int area, const Lines& fields, const std::string& filename);
+// The same with the live records, in order; the area goes back to its record. 0; -1 the structure
+// can't be made; dbfCantWrite (no file is left).
+int dbCopyData(int area, const Lines& fields, const std::string& filename);
 
 }  // namespace mox

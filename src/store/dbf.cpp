@@ -27,9 +27,11 @@ long _dbfOffset(const DbfTable& t, int recno) {
   return dbfHeaderSize + static_cast<long>(t.rowsize) * (recno - 1);
 }
 
-// Every write comes here. It is flushed at once, so that a refusal is known while the change can
-// still be taken back; the seek of the next access would empty the buffer anyway.
+// Every write comes here. Unless the table is buffered it is flushed at once, so that a refusal is
+// known while the change can still be taken back; the seek of the next access would empty the
+// stream's buffer anyway.
 bool _dbfPut(DbfTable& t, long offset, const void* bytes, size_t n) {
+  if (t.blocks) return blkWrite(*t.blocks, offset, static_cast<const char*>(bytes), n);
   std::FILE* f = t.fp.get();
   return std::fseek(f, offset, SEEK_SET) == 0 && std::fwrite(bytes, 1, n, f) == n &&
          std::fflush(f) == 0;
@@ -43,8 +45,11 @@ bool _dbfPutEndMark(DbfTable& t) { return _dbfPut(t, _dbfOffset(t, t.rmax + 1), 
 
 void _dbfRead(DbfTable& t) {
   size_t n = static_cast<size_t>(t.rowsize);
-  t.eof = std::fseek(t.fp.get(), _dbfOffset(t, t.recno), SEEK_SET) != 0 ||
-          std::fread(t.row.data(), 1, n, t.fp.get()) != n;
+  if (t.blocks)
+    t.eof = !blkRead(*t.blocks, _dbfOffset(t, t.recno), t.row.data(), n);
+  else
+    t.eof = std::fseek(t.fp.get(), _dbfOffset(t, t.recno), SEEK_SET) != 0 ||
+            std::fread(t.row.data(), 1, n, t.fp.get()) != n;
 }
 
 bool _dbfUpdHdr(DbfTable& t) {
@@ -63,11 +68,14 @@ bool _dbfUpdHdr(DbfTable& t) {
   return _dbfPut(t, 0, h.data(), h.size());
 }
 
-bool _dbfUpdHdrRmax(DbfTable& t) {
+bool _dbfPutCount(DbfTable& t) {
   unsigned char count[2];
   put2(count, t.rmax);
   return _dbfPut(t, atCount, count, sizeof count);
 }
+
+// A buffered table's count is written at the end.
+bool _dbfUpdHdrRmax(DbfTable& t) { return t.blocks || _dbfPutCount(t); }
 
 bool _dbfUpdHdrDate(DbfTable& t) {
   auto [day, month, year] = DateToday();
@@ -145,7 +153,8 @@ int dbfCreate(DbfTable& t, std::string_view filename) {
   _dbfLayout(t);
   if (_dbfUpdHdr(t) && _dbfPutEndMark(t)) return 0;
   t = DbfTable{};
-  return dbfCantCreate;
+  FileDrop(FnExt(filename, ".dbf"));
+  return dbfCantWrite;
 }
 
 int dbfFld(DbfTable& t, int number, std::string_view name, char type, int width, int decimals) {
@@ -196,8 +205,15 @@ int dbfOpen(DbfTable& t, std::string_view filename) {
 int dbfClose(DbfTable& t) {
   if (!t.fp) return dbfClosed;
   bool written = !t.dirty || _dbfUpdHdrDate(t);
+  written = dbfFlush(t) == 0 && written;
   t = DbfTable{};
   return written ? 0 : dbfCantWrite;
+}
+
+void dbfBuffer(DbfTable& t) {
+  if (!t.fp || dbfFlush(t) != 0) return;
+  t.blocks = std::make_unique<Blocks>();
+  t.blocks->file = t.fp.get();
 }
 
 int dbfDispStruc(const DbfTable& t) {
@@ -236,7 +252,7 @@ int dbfReplace(DbfTable& t) {
 // The record goes to the file before the count that covers it.
 int dbfAppend(DbfTable& t) {
   if (!t.fp) return dbfClosed;
-  if (t.rmax >= maxRecords) return dbfFull;
+  if (t.rmax >= t.limit) return dbfFull;
   std::string blank(static_cast<size_t>(t.rowsize), ' ');
   blank += endMark;
   bool written = _dbfPut(t, _dbfOffset(t, t.rmax + 1), blank.data(), blank.size());
@@ -305,6 +321,7 @@ int dbfPack(DbfTable& t) {
 // Between a read and a flush the stream needs a positioning.
 int dbfFlush(DbfTable& t) {
   if (!t.fp) return dbfClosed;
+  if (t.blocks && !((!t.dirty || _dbfPutCount(t)) && blkFlush(*t.blocks))) return dbfCantWrite;
   std::FILE* f = t.fp.get();
   return std::fseek(f, 0, SEEK_CUR) == 0 && std::fflush(f) == 0 ? 0 : dbfCantWrite;
 }

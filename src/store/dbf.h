@@ -25,17 +25,20 @@
 // full width. Character fields are filled with spaces on the right; numeric fields are the number
 // printed to width and decimals; a logical field is one character, of which T, t, Y, y are true.
 //
-// A DbfTable has one record buffer and knows no cache: a field's value stands in row and, once
-// written, in the file. The header's count rules; the file's length is never compared with it.
+// A DbfTable has one record buffer: a field's value stands in row and, once written, in the file.
+// Only a private table that dbfBuffer was called for keeps more in memory, until dbfClose or
+// dbfFlush. The header's count rules; the file's length is never compared with it.
 #pragma once
 
 #include <array>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "session/files.h"
 #include "session/misc.h"
+#include "store/blocks.h"
 
 namespace mox {
 
@@ -72,11 +75,19 @@ struct DbfTable {
   bool eof = false;
   bool dirty = false;  // changed since it was opened: dbfClose then writes the date
   int packed = 0;      // records kept by the last dbfPack
+  int limit = maxRecords;  // of dbfAppend; a sort raises it for its records behind the table
+  std::unique_ptr<Blocks> blocks;  // of a buffered table
 };
+
+// Makes an open table work on blocks in memory: for a private table that is read or written as a
+// whole. A refused write may then be reported by a later operation, at the latest by dbfClose; the
+// count in the header changes at dbfClose or dbfFlush.
+void dbfBuffer(DbfTable& t);
 
 // Making a table: dbfCreate, dbfFld for the fields 1, 2, 3 ..., dbfFld with 0, dbfClose.
 // dbfCreate and dbfOpen add ".dbf" to a name without a dot. dbfFld: -1 closed, -2 for a number
-// above 32. With 0 it writes the header and the end mark and ignores its other arguments.
+// above 32. With 0 it writes the header and the end mark and ignores its other arguments. A
+// dbfCreate whose header the host refuses to write leaves no file (dbfCantWrite).
 int dbfCreate(DbfTable& t, std::string_view filename);
 int dbfFld(DbfTable& t, int number, std::string_view name, char type, int width, int decimals);
 // Creates, defines and finishes a table with the named fields of the source, or with all of them
@@ -86,6 +97,7 @@ int dbfCreateFrom(DbfTable& t, std::string_view filename, const DbfTable& source
 
 // Opens on record 1. -1 no such file, -2 shorter than the header, -3 not version 2.
 int dbfOpen(DbfTable& t, std::string_view filename);
+// 0; -1 closed; dbfCantWrite when something couldn't be written. The table is closed in any case.
 int dbfClose(DbfTable& t);
 int dbfDispStruc(const DbfTable& t);  // prints the structure
 

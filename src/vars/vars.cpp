@@ -107,6 +107,10 @@ int VarSetProp(int number, int prop, int value) {
 
 void VarClear() { sym.clear(); }
 
+void VarDelNum(int number) {
+  if (_isVar(number)) sym.erase(sym.begin() + number);
+}
+
 bool IsLike(std::string_view name, std::string_view pattern) {
   const size_t both = std::min(name.size(), pattern.size());
   for (size_t i = 0; i < both; ++i) {

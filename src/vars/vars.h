@@ -59,6 +59,7 @@ int VarGetProp(int number, int prop);
 int VarSetProp(int number, int prop, int value);
 
 void VarClear();
+void VarDelNum(int number);  // deletes one variable; nothing for a bad number
 
 // True when the name fits the pattern: ? fits any byte, * fits the whole rest whatever stands
 // behind it, other bytes fit themselves. A tail of ? and * also fits nothing.

@@ -1,0 +1,156 @@
+#include "commands/moxcopy.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "commands/sdf.h"
+#include "commands/target.h"
+#include "run/handlers.h"
+#include "run/rundb.h"
+#include "session/error.h"
+#include "session/options.h"
+#include "store/db.h"
+
+namespace mox {
+
+namespace {
+
+// Fields to copy, by their places in the source and in the target.
+struct FieldPair {
+  int from;  // -1 for an empty value
+  int to;
+};
+
+Lines _fieldNames(int area) {
+  Lines names;
+  for (int i = 0; i < dbCOLS(area); ++i) names.push_back(dbName(area, i));
+  return names;
+}
+
+// Makes the target and opens it: 0; -2 it can't be made; -1 a name is no field; dbfCantWrite.
+int _createDBF(int area, const Lines& fields, DbfTable& t, const std::string& path) {
+  const int result = dbCopyStruc(area, fields, path);
+  if (result == 0 || result == -1) TargetOpen(t, path);
+  return result;
+}
+
+std::vector<FieldPair> _pairs(int area, const Lines& fields, const DbfTable& t) {
+  std::vector<FieldPair> pairs;
+  for (const std::string& name : fields.empty() ? _fieldNames(area) : fields)
+    if (const int to = fldno(t, name); to >= 0) pairs.push_back({dbFno(area, name), to});
+  return pairs;
+}
+
+void _copyDBFflds(int area, const std::vector<FieldPair>& pairs, DbfTable& t) {
+  for (const FieldPair& p : pairs) fldput(t, p.to, p.from < 0 ? "" : dbVal(area, p.from));
+}
+
+// Adds a record with the fields of the selected area's current one: 0, or what refused it.
+int _copyRecord(const std::vector<FieldPair>& pairs, DbfTable& t) {
+  if (const int result = dbfAppend(t); result != 0) return result;
+  _copyDBFflds(selectedArea, pairs, t);
+  return dbfReplace(t);
+}
+
+std::vector<FieldPair> _appendPairs(const DbfTable& source) {
+  std::vector<FieldPair> pairs;
+  for (int i = 0; i < dbCOLS(selectedArea); ++i)
+    if (const int from = fldno(source, dbName(selectedArea, i)); from >= 0)
+      pairs.push_back({from, i});
+  return pairs;
+}
+
+void _apndDBFflds(const DbfTable& source, const std::vector<FieldPair>& pairs) {
+  for (const FieldPair& p : pairs) dbSetVal(selectedArea, p.to, fldget(source, p.from));
+}
+
+}  // namespace
+
+int moxCpyToDbf(int start, int count, const Lines& fields, const std::string& filename,
+                const std::string& condition) {
+  std::string path;
+  Expr test(condition, scanSteps);
+  if (!TargetPath(FnExt(filename, ".dbf"), path) || ScanCompile(test) != 0) return -1;
+  DbfTable t;
+  if (_createDBF(selectedArea, fields, t, path) == dbfCantWrite) {
+    TargetLost(path);
+    return -1;
+  }
+  const std::vector<FieldPair> pairs = _pairs(selectedArea, fields, t);
+  int tally = 0;
+  int result = 0;
+  ScanRecords(start, count, test, [&] {
+    if (g_opt[optDELETED] && dbDELETED(selectedArea)) return true;
+    if (dbfOPEN(t)) result = _copyRecord(pairs, t);
+    if (result == 0) ++tally;
+    return result == 0;
+  });
+  if (TargetClose(t, result) != 0) return -1;
+  if (g_opt[optTALK]) std::printf("%05d RECORD(S) COPIED\n", tally);
+  return 0;
+}
+
+int KeepAppended(Expr& condition, int& tally) {
+  if (!Qualifies(condition)) return dbRemove(selectedArea);
+  dbReplace(selectedArea);
+  if (errnum != errNone) return -1;
+  ++tally;
+  return 0;
+}
+
+int moxApndFmDBF(const std::string& filename, const std::string& condition) {
+  const std::string name = FnExt(filename, ".dbf");
+  DbfTable source;
+  if (TargetOpen(source, name) != 0) {
+    SetErr("FILE DOES NOT EXIST", name);
+    return -1;
+  }
+  Expr test(condition, scanSteps);
+  if (ScanCompile(test) != 0) return -1;
+  const std::vector<FieldPair> pairs = _appendPairs(source);
+  int tally = 0;
+  int result = 0;
+  for (dbfSkipTo(source, 1); !dbfEOF(source) && result == 0; dbfSkip(source, 1)) {
+    if (dbfDELETED(source)) continue;
+    if ((result = dbAppend(selectedArea)) != 0) break;
+    dbRepl0(selectedArea);
+    _apndDBFflds(source, pairs);
+    result = KeepAppended(test, tally);
+  }
+  if (g_opt[optTALK]) std::printf("%05d RECORD(S) ADDED\n", tally);
+  return result == 0 ? 0 : -1;
+}
+
+int OpCpyMox(int depth, Stack& stk) {
+  const int k = StackInt(stk[depth - 4]);
+  const int removed = k + 7;
+  if (!DbChk()) return -removed;
+  const Lines fields = StackNames(stk, depth - 4 - k, k);
+  const int start = StackInt(stk[depth - 6 - k]);
+  const int count = StackInt(stk[depth - 5 - k]);
+  const std::string& filename = stk[depth - removed];
+  const std::string& condition = stk[depth - 3];
+  if (stk[depth - 2][0] == 'Y')
+    moxCpyToSdf(start, count, fields, filename, condition, stk[depth - 1]);
+  else
+    moxCpyToDbf(start, count, fields, filename, condition);
+  return -removed;
+}
+
+int OpCpyDef(int depth, Stack& stk) {
+  const int k = StackInt(stk[depth - 1]);
+  const int removed = k + 2;
+  std::string path;
+  if (!DbChk() || !TargetPath(FnExt(stk[depth - removed], ".dbf"), path)) return -removed;
+  if (dbCopyStruc(selectedArea, StackNames(stk, depth - 1 - k, k), path) == dbfCantWrite)
+    TargetLost(path);
+  return -removed;
+}
+
+int OpApndDbf(int depth, Stack& stk) {
+  if (DbChk()) moxApndFmDBF(stk[depth - 2], stk[depth - 1]);
+  return -2;
+}
+
+}  // namespace mox

@@ -1,0 +1,15 @@
+// JOIN: a new table from the pairs of records of area 0 and area 1.
+#pragma once
+
+#include <string>
+
+#include "session/misc.h"
+
+namespace mox {
+
+// Visits every pair, area 0 outside, each in its own order, and adds a record for each for which
+// the condition is true. The fields are names with an optional area prefix; none means all of area
+// 0 and then all of area 1. 0, or -1 after a report.
+int moxJoin(const std::string& filename, const std::string& condition, const Lines& fields);
+
+}  // namespace mox

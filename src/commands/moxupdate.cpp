@@ -1,0 +1,91 @@
+#include "commands/moxupdate.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "commands/target.h"
+#include "run/handlers.h"
+#include "run/rundb.h"
+#include "session/error.h"
+#include "session/number.h"
+#include "store/db.h"
+
+namespace mox {
+
+namespace {
+
+constexpr int sumDigits = 10;  // behind the point of a sum on its way to the field
+
+// Numbers that differ by less than 1 are equal.
+int _compare(char type, std::string_view a, std::string_view b) {
+  return type == 'N' ? DblToInt(TxtToDbl(a) - TxtToDbl(b)) : a.compare(b);
+}
+
+void _doAdds(int area, const DbfTable& source, const Lines& adds) {
+  for (const std::string& name : adds) {
+    const int from = fldno(source, name);
+    const int to = dbFno(area, name);
+    if (from < 0 || to < 0) continue;
+    const double sum = TxtToDbl(dbVal(area, to)) + TxtToDbl(fldget(source, from));
+    dbSetVal(area, to, dbTyp(area, to) == 'N' ? FmtSci(sum, sumDigits) : FmtFix(sum, 1, 0));
+  }
+}
+
+void _doReplaces(int area, const DbfTable& source, const Lines& targets, const Lines& sources) {
+  for (size_t i = 0; i < std::min(targets.size(), sources.size()); ++i) {
+    const int from = fldno(source, sources[i]);
+    const int to = dbFno(area, targets[i]);
+    if (from >= 0 && to >= 0) dbSetVal(area, to, fldget(source, from));
+  }
+}
+
+int _refuse(const char* message, const std::string& name) {
+  SetErr(message, name);
+  return -1;
+}
+
+}  // namespace
+
+int moxUpdate(int area, const std::string& filename, const std::string& key, const Lines& adds,
+              const Lines& targets, const Lines& sources) {
+  const int keyTo = dbFno(area, key);
+  if (keyTo < 0) return _refuse("VARIABLE CANNOT BE FOUND", key);
+  const std::string name = FnExtDflt(filename, ".dbf");
+  DbfTable source;
+  if (TargetOpen(source, name) != 0) return _refuse("BAD FILE NAME", name);
+  const int keyFrom = fldno(source, key);
+  if (keyFrom < 0) return _refuse("VARIABLE CANNOT BE FOUND", key);
+  dbTop(area);
+  dbfSkipTo(source, 1);
+  while (!dbEOF(area) && !dbfEOF(source) && errnum == errNone) {
+    const int sign = _compare(dbTyp(area, keyTo), dbVal(area, keyTo), fldget(source, keyFrom));
+    if (sign < 0) {
+      dbSkip(area, 1);
+      continue;
+    }
+    if (sign == 0) {
+      dbRepl0(area);
+      _doAdds(area, source, adds);
+      _doReplaces(area, source, targets, sources);
+      dbReplace(area);
+    }
+    dbfSkip(source, 1);
+  }
+  return errnum == errNone ? 0 : -1;
+}
+
+int OpUpdate(int depth, Stack& stk) {
+  const int c = StackInt(stk[depth - 1]);
+  const int atB = depth - 2 - c;
+  const int b = StackInt(stk[atB]);
+  const int atA = atB - 1 - b;
+  const int a = StackInt(stk[atA]);
+  const int removed = a + b + c + 5;
+  if (DbChk())
+    moxUpdate(selectedArea, stk[depth - removed], stk[depth - removed + 1],
+              StackNames(stk, atA - a, a), StackNames(stk, atB - b, b),
+              StackNames(stk, depth - 1 - c, c));
+  return -removed;
+}
+
+}  // namespace mox

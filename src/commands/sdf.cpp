@@ -1,0 +1,162 @@
+#include "commands/sdf.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "commands/moxcopy.h"
+#include "commands/target.h"
+#include "run/handlers.h"
+#include "run/rundb.h"
+#include "session/error.h"
+#include "session/files.h"
+#include "session/options.h"
+#include "store/db.h"
+
+namespace mox {
+
+namespace {
+
+constexpr size_t maxTextLine = 1001;  // bytes of one read of a line
+constexpr std::string_view commaForm = ",";
+
+std::vector<int> _fields(const Lines& names) {
+  std::vector<int> fields;
+  for (const std::string& name : names) fields.push_back(dbFno(selectedArea, name));
+  if (names.empty())
+    for (int i = 0; i < dbCOLS(selectedArea); ++i) fields.push_back(i);
+  return fields;
+}
+
+// A record as a line; field -1 is an empty value.
+std::string _recordLine(const std::vector<int>& fields, const std::string& delimiter) {
+  std::string line;
+  for (const int& field : fields) {
+    if (&field != &fields[0]) line += delimiter;
+    if (field < 0) continue;
+    std::string value = dbVal(selectedArea, field);
+    if (delimiter == commaForm) {
+      value = dlb(trim(value));
+      if (dbTyp(selectedArea, field) == 'C') value = s2qs(value);
+    }
+    line += value;
+  }
+  return line += '\n';
+}
+
+// An empty value leaves its field blank.
+void _setDelimited(const std::string& line, const std::string& delimiter) {
+  Lines values;
+  const int n = std::min(getCSV(line, delimiter, maxFields, values), dbCOLS(selectedArea));
+  for (int i = 0; i < n; ++i)
+    if (!values[i].empty()) dbSetVal(selectedArea, i, qs2s(values[i]));
+}
+
+// Each field is given the whole rest of the line and takes what it reads there.
+void _setFixed(std::string_view line) {
+  for (int i = 0; i < dbCOLS(selectedArea) && !line.empty(); ++i) {
+    dbSetVal(selectedArea, i, line);
+    line.remove_prefix(std::min<size_t>(dbLen(selectedArea, i), line.size()));
+  }
+}
+
+std::string_view _skipBlanks(std::string_view text) {
+  return text.substr(std::min(text.find_first_not_of(" \t"), text.size()));
+}
+
+}  // namespace
+
+size_t is_string(std::string_view text) {
+  if (text.empty() || text[0] != '"') return 0;
+  for (size_t at = 1; (at = text.find('"', at)) != text.npos; at += 2)
+    if (at + 1 == text.size() || text[at + 1] != '"') return at + 1;
+  return 0;
+}
+
+size_t is_notDelim(std::string_view text, std::string_view delimiter) {
+  return std::min(text.find(delimiter), text.size());
+}
+
+int getCSV(std::string_view line, std::string_view delimiter, size_t limit, Lines& values) {
+  values.clear();
+  while (values.size() < limit && !line.empty()) {
+    line = _skipBlanks(line);
+    size_t length = is_string(line);
+    if (length == 0) length = is_notDelim(line, delimiter);
+    values.emplace_back(line.substr(0, length));
+    line = _skipBlanks(line.substr(length));
+    if (!line.starts_with(delimiter)) break;
+    line.remove_prefix(delimiter.size());
+  }
+  return static_cast<int>(values.size());
+}
+
+int moxCpyToSdf(int start, int count, const Lines& fields, const std::string& filename,
+                const std::string& condition, const std::string& delimiter) {
+  std::string path;
+  Expr test(condition, scanSteps);
+  if (!TargetPath(filename, path) || ScanCompile(test) != 0) return -1;
+  const std::string between = qs2s(delimiter);
+  const std::vector<int> columns = _fields(fields);
+  File f = FileOpen(path, "w");
+  if (!f) {
+    SetErr("CANNOT CREATE FILE", path);
+    return -1;
+  }
+  int tally = 0;
+  bool written = true;
+  ScanRecords(start, count, test, [&] {
+    if (g_opt[optDELETED] && dbDELETED(selectedArea)) return true;
+    const std::string line = _recordLine(columns, between);
+    written = std::fwrite(line.data(), 1, line.size(), f.get()) == line.size();
+    ++tally;
+    return written;
+  });
+  written = std::fflush(f.get()) == 0 && written;
+  f.reset();
+  if (!written) {
+    TargetLost(path);
+    return -1;
+  }
+  if (g_opt[optTALK]) std::printf("%05d RECORD(S) COPIED\n", tally);
+  return 0;
+}
+
+int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
+                 const std::string& condition) {
+  const std::string name = FnExt(filename, ".txt");
+  const std::string path = FnFind(name);
+  const File f = FileOpen(path, "rb");
+  if (!f) {
+    SetErr("FILE DOES NOT EXIST", name);
+    return -1;
+  }
+  if (SameFile(path, dbFn(selectedArea))) {  // would be read on and on while it grows
+    SetErr("FILE IS IN USE", path);
+    return -1;
+  }
+  const std::string between = qs2s(delimiter);
+  Expr test(condition, scanSteps);
+  if (ScanCompile(test) != 0) return -1;
+  int tally = 0;
+  int result = 0;
+  for (std::string line; result == 0 && ReadTextLine(f.get(), maxTextLine, line);) {
+    if ((result = dbAppend(selectedArea)) != 0) break;
+    dbRepl0(selectedArea);
+    rm_nl(line);
+    if (between.empty())
+      _setFixed(line);
+    else
+      _setDelimited(line, between);
+    result = KeepAppended(test, tally);
+  }
+  if (g_opt[optTALK]) std::printf("%05d RECORD(S) ADDED\n", tally);
+  return result == 0 ? 0 : -1;
+}
+
+int OpApndSdf(int depth, Stack& stk) {
+  if (DbChk()) moxApndFmSdf(stk[depth - 3], stk[depth - 2], stk[depth - 1]);
+  return -3;
+}
+
+}  // namespace mox

@@ -1,0 +1,64 @@
+// The help browser.
+//
+// The help file is text. A line "#TOPIC", in upper case, heads the lines of a topic; the first
+// byte of each of these is a column of its own that isn't shown: a blank, or W for a pause before
+// the line.
+
+#include <cstdio>
+#include <string>
+
+#include "host/host.h"
+#include "run/handlers.h"
+#include "run/run_input.h"
+#include "session/files.h"
+
+namespace mox {
+
+namespace {
+
+constexpr char helpFile[] = "moxhelp.txt";
+constexpr int pageLines = 21;
+
+// Waits for a key: false when it ends the help.
+bool _nextPage() {
+  constexpr int keyEsc = 27;
+  std::printf("\n");
+  const int key = AskWait();
+  if (key == keyEsc || key == keyEnd) return false;
+  std::printf("\n");
+  return true;
+}
+
+// Shows the lines up to the next head or the end of the file.
+void _showTopic(std::FILE* f) {
+  std::string line;
+  for (int shown = 0; ReadTextLine(f, maxLine, line) && line[0] != '#'; ++shown) {
+    trim(rm_nl(line));
+    if (shown >= pageLines || line[0] == 'W') {
+      if (!_nextPage()) return;
+      shown = 0;
+    }
+    std::printf("%s\n", line.empty() ? "" : line.c_str() + 1);
+  }
+}
+
+}  // namespace
+
+int OpHelp(int depth, Stack& stk) {
+  std::string head = "#";
+  head += strUpper(qs2s(stk[depth - 1]));
+  const File f = FileOpen(FnFind(helpFile), "rb");
+  if (!f) {
+    std::printf("  %s file missing.\n", helpFile);
+    return -1;
+  }
+  for (std::string line; ReadTextLine(f.get(), maxLine, line);) {
+    if (trim(rm_nl(line)) != head) continue;
+    _showTopic(f.get());
+    return -1;
+  }
+  std::printf("NO HELP MESSAGES FOUND\n");
+  return -1;
+}
+
+}  // namespace mox

@@ -1,0 +1,282 @@
+// The indexes of the work areas: slots, keys, record changes, building.
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "run/run_value.h"
+#include "session/error.h"
+#include "store/db.h"
+#include "store/db_area.h"
+
+namespace mox {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr size_t maxKeyValue = 102;  // characters of a key expression's value: 100 and two quotes
+constexpr int progressStep = 100;    // records
+
+std::string _row0;  // image of the record before the change that is under way
+
+bool _slotInRange(int slot) { return slot >= 0 && slot < maxIndexes; }
+
+// The key text of a value; a logical has none.
+std::string _keyOf(std::string_view value) {
+  if (value.empty() || value[0] == '"') return qs2s(value);
+  return GetTyp(value).type == 'L' ? std::string() : qs2s(value);
+}
+
+// Runs a key expression on the current record: 0 with its value, or -1.
+int _runKey(Expr& steps, std::string& value) {
+  const int result = RunExpr(steps, value);
+  if (value.size() > maxKeyValue) value.resize(maxKeyValue);
+  return result;
+}
+
+// Reports why a change of an index failed, in place of any error of a key expression.
+int _indexFailed(NdxFile& x, int result) {
+  NdxPages& f = *x.file;
+  errnum = errNone;
+  if (result == ndxCantWrite)
+    SetErr("CANNOT WRITE FILE", f.name);
+  else if (f.full)
+    SetErr("INDEX FILE IS FULL", f.name);
+  else
+    SetErr("INDEX FILE IS DAMAGED", f.name);
+  f.full = f.damaged = false;
+  return -1;
+}
+
+// True when an earlier slot of the area has the same file: one of them keeps it in step.
+bool _repeated(const DbArea& a, int slot) {
+  for (int i = 0; i < slot; ++i)
+    if (a.index[i].file == a.index[slot].file) return true;
+  return false;
+}
+
+// Runs an operation on every index of the area once: 0, or -1 after a report.
+template <class Op>
+int _eachIndex(DbArea& a, Op op) {
+  for (int slot = 0; slot < a.ndxs; ++slot) {
+    NdxFile& x = a.index[slot];
+    if (!x.file || _repeated(a, slot)) continue;
+    const int result = op(x);
+    if (result != 0) return _indexFailed(x, result);
+  }
+  return 0;
+}
+
+// Moves the keys of the record whose image before the change is row0, first in memory. All new
+// pages are written before any page that the files have, so that a full disk changes no file.
+int _moveKeys(DbArea& a, std::string& row0) {
+  DbfTable& t = a.table;
+  std::swap(t.row, row0);
+  _eachIndex(a, [&](NdxFile& x) {
+    ndxDel(x, t.recno, dbKeyText(x));
+    return 0;
+  });
+  std::swap(t.row, row0);
+  int result = _eachIndex(a, [&](NdxFile& x) { return ndxAdd(x, t.recno, dbKeyText(x)); });
+  if (result == 0) result = _eachIndex(a, ndxReserve);
+  if (result == 0) result = _eachIndex(a, ndxFlush);
+  if (result != 0) _eachIndex(a, [](NdxFile& x) { return ndxDrop(x), 0; });
+  return result;
+}
+
+// What INDEX ON needs of the first record's value. False after a report.
+bool _keyShape(std::string_view expr, Expr& steps, Typ& typ) {
+  std::string value;
+  if (ExprCompile(steps) != 0 || _runKey(steps, value) != 0) SynErr(expr);
+  if (errnum != errNone) return false;
+  typ = GetTyp(value);
+  if (typ.type != 'C' && typ.type != 'N')
+    SetErr("INDEX KEY IS NEITHER CHARACTER NOR NUMERIC", expr);
+  else if (typ.type == 'C' && (typ.length < 1 || typ.length > maxKeyLen))
+    SetErr(typ.length < 1 ? "INDEX KEY IS EMPTY" : "INDEX KEY IS TOO LONG", expr);
+  else if (expr.size() > maxNdxExpr)
+    SetErr("INDEX KEY EXPRESSION IS TOO LONG", expr);
+  return errnum == errNone;
+}
+
+void _sayIndexed(int count) { std::printf("%05d RECORDS INDEXED\n", count); }
+
+// Enters the records from the current one on; one whose expression fails is passed over.
+int _addRecords(NdxFile& x, bool talk) {
+  int count = 0;
+  std::string value;
+  for (; !dbEOF(selectedArea); dbSkip(selectedArea, 1)) {
+    if (ExprCompile(x.file->steps) != 0) continue;
+    const int result = _runKey(x.file->steps, value);
+    if (errnum == errTold) return -1;
+    const bool failed = result != 0 || errnum != errNone;
+    errnum = errNone;
+    if (failed) continue;
+    const int added = ndxAdd(x, dbRECNO(selectedArea), _keyOf(value));
+    if (added != 0) return _indexFailed(x, added);
+    if (++count % progressStep == 0 && talk) _sayIndexed(count);
+  }
+  if (talk && (count == 0 || count % progressStep != 0)) _sayIndexed(count);
+  return errnum == errNone ? 0 : -1;
+}
+
+// A file in the making: it goes away unless it took its place.
+struct NewFile {
+  std::string name;
+  ~NewFile() {
+    std::error_code ec;
+    if (!name.empty()) fs::remove(name, ec);
+  }
+};
+
+// A name beside the file that no file has.
+std::string _nameBeside(const std::string& name) {
+  std::error_code ec;
+  std::string other;
+  for (int i = 0; other.empty() || fs::exists(other, ec); ++i)
+    other = StrFmt("%s.%d", name.c_str(), i);
+  return other;
+}
+
+// The file that the name leads to and that INDEX ON may put another in the place of; empty when
+// there is a folder, a table in use, or what can't be written.
+std::string _targetOf(const std::string& name) {
+  std::error_code ec;
+  if (!fs::exists(name, ec)) return name;
+  if (dbInUse(name) >= 0 || !FileOpen(name, "r+b")) return {};
+  const fs::path real = fs::canonical(name, ec);
+  return ec ? std::string() : real.string();
+}
+
+// Puts the new file in the place of the target and opens it where the target was open.
+int _takePlace(NewFile& made, const std::string& target) {
+  std::vector<std::pair<NdxFile*, std::string>> users;
+  for (DbArea& a : db)
+    for (NdxFile& x : a.index)
+      if (x.file && SameFile(x.file->name, target)) users.emplace_back(&x, x.file->name);
+  for (const auto& [x, name] : users) ndxClose(*x);
+  std::error_code ec;
+  fs::rename(made.name, target, ec);
+  if (!ec) made.name.clear();
+  bool open = true;
+  for (const auto& [x, name] : users) open &= ndxOpen(*x, name) == 0;
+  if (ec) SetErr("INDEX FILE CANNOT BE CREATED", target);
+  if (!open) SetErr("INDEX FILE CANNOT BE OPENED", target);
+  return ec || !open ? -1 : 0;
+}
+
+int _cantCreate(const std::string& name) {
+  SetErr("INDEX FILE CANNOT BE CREATED", name);
+  return -1;
+}
+
+}  // namespace
+
+bool dbNdxDamaged(NdxFile& x) {
+  if (!x.file || !x.file->damaged) return false;
+  x.file->damaged = false;
+  SetErr("INDEX FILE IS DAMAGED", x.file->name);
+  return true;
+}
+
+std::string dbKeyText(NdxFile& x) {
+  if (!x.file) return {};
+  std::string value;
+  _runKey(x.file->steps, value);
+  return _keyOf(value);
+}
+
+void dbClrIndex(int area) {
+  DbArea& a = dbAreaOf(area);
+  for (NdxFile& x : a.index) ndxClose(x);
+  a.ndxs = 0;
+}
+
+int dbSetIndex(int area, int slot, std::string_view filename) {
+  if (!_slotInRange(slot)) return ndxBadKey;
+  DbArea& a = dbAreaOf(area);
+  const int result = ndxOpen(a.index[slot], filename);
+  if (result == 0) a.ndxs = std::max(a.ndxs, slot + 1);
+  return result;
+}
+
+int dbNdxs(int area) { return dbAreaOf(area).ndxs; }
+bool dbINDEXED(int area) { return dbNdxs(area) > 0; }
+
+std::string dbNdxFn(int area, int slot) {
+  return _slotInRange(slot) ? ndxGetFn(dbAreaOf(area).index[slot]) : std::string();
+}
+
+std::string dbNdxExpr(int area, int slot) {
+  return _slotInRange(slot) ? ndxGetExpr(dbAreaOf(area).index[slot]) : std::string();
+}
+
+void dbRepl0(int area) {
+  if (dbOPEN(area)) _row0 = dbAreaOf(area).table.row;
+}
+
+int dbReplace(int area) {
+  if (!dbOPEN(area)) return 0;
+  DbArea& a = dbAreaOf(area);
+  DbfTable& t = a.table;
+  std::string row0 = std::exchange(_row0, {});
+  row0.resize(t.row.size(), ' ');
+  const int written = dbfReplace(t);
+  if (written != 0) return written == dbfCantWrite ? dbWritten(t, written) : 0;
+  if (a.ndxs == 0) return dbWritten(t, 0);
+  if (_moveKeys(a, row0) != 0) {
+    t.row = row0;
+    dbfReplace(t);
+    dbfFlush(t);
+    return -1;
+  }
+  const std::string key = dbKeyText(a.index[0]);
+  ndxFindRno(a.index[0], t.recno, key);
+  return dbWritten(t, 0);
+}
+
+int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk) {
+  const std::string name = FnExt(filename, ".ndx");
+  dbTop(selectedArea);
+  if (errnum != errNone) return -1;  // the order to go by is damaged
+  Expr steps(std::string(expr), evalSteps);
+  Typ typ;
+  if (!_keyShape(expr, steps, typ)) return -1;
+  const std::string target = _targetOf(name);
+  if (target.empty()) return _cantCreate(name);
+  NewFile made{_nameBeside(target)};
+  NdxFile x;
+  if (ndxCreate(x, made.name, expr, typ.type, typ.length) != 0) return _cantCreate(name);
+  if (_addRecords(x, talk) != 0) return -1;
+  const int result = ndxFlush(x);
+  if (result != 0) return _indexFailed(x, result);
+  ndxClose(x);
+  return _takePlace(made, target);
+}
+
+int dbReindex(bool talk) {
+  DbArea& a = dbAreaOf(selectedArea);
+  const int ndxs = std::exchange(a.ndxs, 0);  // the moves go in natural order
+  int failed = errNone;
+  std::optional<std::string> message;
+  for (int slot = 0; slot < ndxs; ++slot) {
+    const std::string name = dbNdxFn(selectedArea, slot);
+    if (name.empty()) continue;
+    errnum = errNone;
+    if (talk) std::printf("\nREINDEXING INDEX FILE - %s\n", name.c_str());
+    if (dbIndexOnTo(dbNdxExpr(selectedArea, slot), name, talk) == 0 || failed) continue;
+    failed = errnum;
+    message = errmsg;
+  }
+  a.ndxs = ndxs;
+  if (!failed) return 0;
+  errnum = failed;
+  errmsg = std::move(message);
+  return -1;
+}
+
+}  // namespace mox

@@ -1,0 +1,148 @@
+// The help file: its form, that every name in it leads to a topic, and that its examples are right.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+
+#include "lang/compile.h"
+#include "lang/mox_gmr.h"
+#include "run/run_nest.h"
+#include "run/run_value.h"
+#include "session/error.h"
+#include "session/misc.h"
+#include "session/options.h"
+#include "session/strreplace.h"
+
+namespace mox {
+
+namespace {
+
+constexpr size_t maxText = 78;      // of a line, behind the control column
+constexpr size_t screenLines = 21;  // that HELP shows before it waits
+constexpr size_t listColumn = 11;   // of MAIN's names and of what follows "Example:", "See also:"
+
+using Topics = std::map<std::string, Lines>;
+
+// The topics with their lines, control columns included. Reports heads that come twice.
+Topics ReadHelp() {
+  std::ifstream in(MOX_ROOT "/moxhelp.txt");
+  EXPECT_TRUE(in);
+  Topics topics;
+  Lines* body = nullptr;
+  for (std::string line; std::getline(in, line);) {
+    EXPECT_LE(line.size(), maxText + 1) << line;
+    EXPECT_TRUE(line.empty() || line.back() != ' ') << line;
+    EXPECT_TRUE(line.empty() || std::string(" W#").find(line[0]) != std::string::npos) << line;
+    if (line[0] == '#') {
+      const auto [topic, isNew] = topics.try_emplace(line.substr(1));
+      EXPECT_TRUE(isNew) << line;
+      body = &topic->second;
+    } else if (body) {
+      body->push_back(line);
+    }
+  }
+  return topics;
+}
+
+// What stands behind the word, from the list column on, in its line and those indented below it.
+std::vector<Lines> Blocks(const Lines& body, const std::string& word) {
+  std::vector<Lines> blocks;
+  bool open = false;
+  for (const std::string& line : body) {
+    const bool begins = line.compare(0, word.size() + 1, " " + word) == 0;
+    if (begins) blocks.emplace_back();
+    open = begins || (open && line.compare(0, listColumn, std::string(listColumn, ' ')) == 0);
+    if (open && line.size() > listColumn) blocks.back().push_back(line.substr(listColumn));
+  }
+  return blocks;
+}
+
+// The names of a list: separated by commas, over several lines.
+Lines Names(const Lines& list) {
+  Lines names;
+  for (const std::string& line : list) {
+    for (std::string name : split(line, ",")) {
+      name = dlb(trim(name));
+      if (!name.empty()) names.push_back(name);
+    }
+  }
+  return names;
+}
+
+std::string TopicOf(const std::string& name) { return str_replace(name, " ", "-"); }
+
+}  // namespace
+
+TEST(Help, EachTopicCanBeAskedFor) {
+  for (const auto& [topic, body] : ReadHelp()) {
+    Lines line{"HELP " + str_replace(topic, "-", " ")}, steps;
+    EXPECT_EQ(doCompile(false, line, 100, steps), cmpDone) << topic;
+    EXPECT_EQ(steps, (Lines{"PUSH " + topic, "HELP", "END"}));
+    EXPECT_EQ(std::string(topic), strUpper(std::string(topic)));
+    EXPECT_FALSE(body.empty()) << topic;
+  }
+}
+
+TEST(Help, EachNameHasATopic) {
+  const Topics topics = ReadHelp();
+  const Lines& main = topics.at("MAIN");
+  EXPECT_LE(main.size(), screenLines);
+  std::set<std::string> wanted, listed;
+  for (const std::string& line : main) {
+    if (!std::regex_match(line, std::regex(" [A-Z][a-z]+: +.*")) || line.size() <= listColumn)
+      continue;
+    for (const std::string& name : Names({line.substr(listColumn)})) listed.insert(TopicOf(name));
+  }
+  EXPECT_GT(listed.size(), 80u);
+  for (const Alternative& a : g_grammar) {
+    if (a.rule != Rule::statement || a.items[0].kind != Item::kWord) continue;
+    wanted.insert(a.items[0].word);
+    bool inMain = false;  // itself, or as in DO WHILE
+    for (const std::string& name : listed) inMain |= split(name, "-")[0] == a.items[0].word;
+    EXPECT_TRUE(inMain) << a.items[0].word;
+  }
+  int options = 0;
+  for (const char* group :
+       {"Printing:", "Records:", "Forms:", "Programs:", "Inside:", "No effect:"}) {
+    for (const Lines& list : Blocks(topics.at("SET"), group)) {
+      for (const std::string& name : Names(list)) {
+        EXPECT_GE(OptFind(name), 0) << name;
+        ++options;
+        wanted.insert(topics.count("SET_" + name) ? "SET_" + name : "SET-" + name);
+      }
+    }
+  }
+  EXPECT_EQ(options, optNamed);
+  wanted.merge(listed);
+  for (const auto& [topic, body] : topics) {
+    for (const Lines& list : Blocks(body, "See also:")) {
+      for (const std::string& name : Names(list)) wanted.insert(TopicOf(name));
+    }
+  }
+  for (const std::string& topic : wanted) EXPECT_TRUE(topics.count(topic)) << topic;
+  for (const auto& [topic, body] : topics)
+    EXPECT_TRUE(topic == "MAIN" || wanted.count(topic)) << topic;
+}
+
+TEST(Help, ExamplesAreRight) {
+  const std::regex printed("\\? (.*[^ ]) +' (.*)");
+  for (const auto& [topic, body] : ReadHelp()) {
+    for (Lines example : Blocks(body, "Example:")) {
+      for (const std::string& line : example) {
+        std::smatch parts;
+        if (!std::regex_match(line, parts, printed) || parts.str(1)[0] == '&') continue;
+        std::string value;
+        EXPECT_EQ(EvalExpr(parts.str(1), 200, value), 0) << line;
+        value = fmtExpr(value);
+        EXPECT_EQ(dlb(trim(value)), parts.str(2)) << line;
+      }
+      Lines steps;
+      EXPECT_EQ(doCompile(true, example, 1000, steps), cmpDone) << topic << ": " << example[0];
+    }
+  }
+  errnum = errNone;
+}
+
+}  // namespace mox
