@@ -134,7 +134,21 @@ int OpJoin(int depth, Stack& stk);
 int OpTotal(int depth, Stack& stk);
 int OpUpdate(int depth, Stack& stk);
 
+// runscr
+int OpSay(int depth, Stack& stk);
+int OpGet(int depth, Stack& stk);
+int OpRead(int depth, Stack& stk);
+int OpClGets(int depth, Stack& stk);
+int OpCls(int depth, Stack& stk);
+int OpClEol(int depth, Stack& stk);
+
+// moxedit, moxbrowse, moxed
+int OpEdit(int depth, Stack& stk);
+int OpBrowse(int depth, Stack& stk);
+int OpMdComm(int depth, Stack& stk);
+
 // moxcreate
 int OpCreate(int depth, Stack& stk);
+int OpMdStru(int depth, Stack& stk);
 
 }  // namespace mox

@@ -7,6 +7,7 @@
 #include "run/run_out.h"
 #include "run/run_value.h"
 #include "run/run_var.h"
+#include "screen/moxread.h"
 #include "session/error.h"
 #include "session/files.h"
 #include "session/misc.h"
@@ -86,6 +87,7 @@ int OpClMem(int, Stack&) {
 
 int OpClAll(int, Stack&) {
   VarClear();
+  AtClear();
   dbReset();
   return 0;
 }

@@ -51,9 +51,13 @@ constexpr StepEntry steps[] = {
     {"AND", OpAnd},             // a b -> logical
     {"APNDDBF", OpApndDbf},     // file for ->
     {"APNDSDF", OpApndSdf},     // file delimiter for ->
+    {"BROWSE", OpBrowse},       // e1 .. ec c ->
     {"CANCEL", OpCancel},       //
     {"CLALL", OpClAll},         //
+    {"CLEOL", OpClEol},         // row col ->
+    {"CLGETS", OpClGets},       //
     {"CLMEM", OpClMem},         //
+    {"CLS", OpCls},             //
     {"CONTINUE", OpContinue},   //
     {"COUNT1", OpCount1},       // start n for var ->
     {"CPYDEF", OpCpyDef},       // file f1 .. fc c ->
@@ -71,7 +75,9 @@ constexpr StepEntry steps[] = {
     {"DSPMEM", OpDspMem},       //
     {"DSPSTAT", OpDspStat},     //
     {"DSPSTR", OpDspStr},       //
+    {"EDIT", OpEdit},           //
     {"FIND", OpFind},           // text ->
+    {"GET", OpGet},             // row col name picture -> row col
     {"GETV", OpGetV},           // name [s1 [s2]] c -> value
     {"HELP", OpHelp},           // topic ->
     {"INC", OpInc},             // x -> x+1
@@ -79,6 +85,8 @@ constexpr StepEntry steps[] = {
     {"JOIN", OpJoin},           // file for f1 .. fc c ->
     {"LIST", OpList},           // e1 .. ec c start n for ->
     {"LOCATE", OpLocate},       // next for ->
+    {"MDCOMM", OpMdComm},       // file ->
+    {"MDSTRU", OpMdStru},       //
     {"MSAVE", OpMSave},         // file pattern flag ->
     {"MUL", OpMul},             // a b -> r
     {"NDX", OpNdx},             // key file ->
@@ -93,6 +101,7 @@ constexpr StepEntry steps[] = {
     {"PRLN", OpPrLn},           //
     {"PUTV", OpPutV},           // value name [s1 [s2]] c ->
     {"QUIT", OpQuit},           //
+    {"READ", OpRead},           //
     {"RECALL1", OpRecall1},     // start n for ->
     {"REINDEX", OpReNdx},       //
     {"RELEASE", OpRelease},     // p1 f1 .. pc fc c ->
@@ -102,6 +111,7 @@ constexpr StepEntry steps[] = {
     {"RESTORE", OpRestore},     // file pattern flag ->
     {"RETURN", OpReturn},       //
     {"S2N", OpS2N},             // text -> number
+    {"SAY", OpSay},             // row col text -> row col
     {"SELECT", OpSelect},       // area ->
     {"SETFLD", OpSetFld},       // value field ->
     {"SETNDX", OpSetNdx},       // f1 .. fc c ->

@@ -1,12 +1,11 @@
 #include "screen/moxcreate.h"
 
 #include <cstdio>
-#include <filesystem>
-#include <system_error>
 #include <vector>
 
 #include "host/host.h"
 #include "run/handlers.h"
+#include "screen/scr.h"
 #include "session/error.h"
 #include "session/files.h"
 #include "session/number.h"
@@ -16,11 +15,16 @@
 
 namespace mox {
 
-namespace fs = std::filesystem;
-
 namespace {
 
 constexpr size_t maxFirstWord = 254;
+
+// The grid of MODIFY STRUCTURE.
+constexpr int lineWidth = 24;
+constexpr int lineWords = 4;
+constexpr int headRow = 1, gridRow = 2, gridCol = 10;
+constexpr int shownLines = scrRows - gridRow;
+constexpr int gridStep = 8, lastBase = 16;
 
 int _refuse(const char* message, int result) {
   std::printf("%s\n", message);
@@ -45,23 +49,62 @@ bool _askFields(std::vector<FieldDef>& fields) {
 }
 
 // Makes the table beside its place and moves it there when it is whole, so that what stood there
-// is lost to no half-made table: null, or what failed.
+// is lost to no half-made table: null, or what failed. A field without a name leaves its number
+// unfilled.
 const char* _writeTable(const std::string& path, const std::vector<FieldDef>& fields) {
-  const std::string fresh = path + ".$$$";
+  const std::string fresh = FileBeside(path);
   DbfTable t;
-  if (dbfCreate(t, fresh) != 0) {
-    std::remove(fresh.c_str());
+  if (fresh.empty() || dbfCreate(t, fresh) != 0) {
+    FileDelete(fresh);
     return "CANNOT CREATE FILE";
   }
   int number = 0;
-  for (const FieldDef& f : fields) dbfFld(t, ++number, f.name, f.type, f.width, f.decimals);
+  for (const FieldDef& f : fields)
+    if (++number; !f.name.empty()) dbfFld(t, number, f.name, f.type, f.width, f.decimals);
   const int written = dbfFld(t, 0, "", ' ', 0, 0);
   const int closed = dbfClose(t);
-  std::error_code unmoved;
-  if (written == 0 && closed == 0) fs::rename(fresh, path, unmoved);
-  if (written == 0 && closed == 0 && !unmoved) return nullptr;
-  std::remove(fresh.c_str());
-  return unmoved ? "CANNOT CREATE FILE" : "CANNOT WRITE FILE";
+  if (written == 0 && closed == 0) return FileReplace(fresh, path) ? nullptr : "CANNOT CREATE FILE";
+  FileDelete(fresh);
+  return "CANNOT WRITE FILE";
+}
+
+Lines _gridLines() {
+  Lines lines(maxFields);
+  for (int f = 0; f < dbCOLS(selectedArea); ++f)
+    lines[f] = StrFmt("%-10s %c  %03d  %03d  ", ScrPlain(dbName(selectedArea, f)).c_str(),
+                      dbTyp(selectedArea, f), dbLen(selectedArea, f), dbDec(selectedArea, f));
+  for (std::string& line : lines) line.resize(lineWidth, ' ');
+  return lines;
+}
+
+void _paintGrid(int base, const Lines& lines) {
+  ScrClear();
+  ScrSay(headRow, 0, "           NAME      TYP LEN  DEC");
+  for (int i = 0; i < shownLines && base + i < maxFields; ++i) {
+    ScrSay(gridRow + i, 0, StrFmt("FIELD %02d", base + i + 1));
+    ScrSayRev(gridRow + i, gridCol, lines[base + i]);
+  }
+}
+
+// True when the person saves the grid.
+bool _editGrid(Lines& lines) {
+  ScrNewPage();
+  int base = 0;
+  for (int key = 0; key != keySave;) {
+    _paintGrid(base, lines);
+    key = edScrn(gridRow, gridCol, maxFields - base, &lines[base]);
+    if (key == keyAbandon) return false;
+    if (key == keyUp && base >= gridStep) base -= gridStep;
+    if (key == keyDown && base < lastBase) base += gridStep;
+  }
+  return true;
+}
+
+bool _inOtherArea() {
+  for (int area = 0; area < maxAreas; ++area)
+    if (area != dbSelected() && dbOPEN(area) && SameFile(dbFn(area), dbFILENAME(selectedArea)))
+      return true;
+  return false;
 }
 
 }  // namespace
@@ -95,6 +138,58 @@ int MoxCreate(const std::string& filename) {
   if (!failed) return 0;
   SetErr(failed, path);
   return -1;
+}
+
+int _CrDbf(const std::string& filename, const Lines& lines) {
+  std::vector<FieldDef> fields;
+  for (const std::string& line : lines) {
+    if (isBlank(line)) break;
+    if (_CrFld(GetWords(line, lineWords + 1), fields.emplace_back()) != 0) fields.back() = {};
+  }
+  while (!fields.empty() && fields.back().name.empty()) fields.pop_back();
+  const char* const failed = _writeTable(filename, fields);
+  if (failed) SetErr(failed, filename);
+  return failed ? -1 : 0;
+}
+
+int edScrn(int row, int col, int n, std::string* lines) {
+  int key = 0;
+  for (int i = 0; i >= 0 && i < n && row + i < scrRows && key != keyAbandon && key != keySave;) {
+    key = ScrGet(row + i, col, lines[i], 'C', "");
+    if (key == keyUp) --i;
+    if (key == keyTab || key == keyEnter || key == keyDown) ++i;
+  }
+  ScrLeave();
+  return key;
+}
+
+int MoxModiStru() {
+  const std::string path = dbFILENAME(selectedArea);
+  if (_inOtherArea()) {
+    SetErr("FILE IS IN USE", path);
+    return -1;
+  }
+  Lines lines = _gridLines();
+  if (!_editGrid(lines)) return 0;
+  dbCloseDbf(selectedArea);
+  const int result = _CrDbf(path, lines);
+  if (dbReopenDbf(selectedArea, path) != 0) {
+    SetErr("FILE DOES NOT EXIST", path);
+    return -1;
+  }
+  if (result == 0 && dbINDEXED(selectedArea)) dbReindex(false);  // no record is left to be found
+  dbTop(selectedArea);
+  return result;
+}
+
+int OpMdStru(int, Stack&) {
+  if (!DbChk()) return 0;
+  std::printf("MODIFY ERASES ALL DATA RECORDS ... PROCEED? (Y/N) ");
+  const int key = ScrGetKey();
+  const bool yes = key == 'Y' || key == 'y';
+  std::printf("%c\n", yes ? 'Y' : 'N');
+  if (yes) MoxModiStru();
+  return 0;
 }
 
 int OpCreate(int depth, Stack& stk) {

@@ -25,6 +25,14 @@ FpSlot k7_fp[_fpSlots];
 
 bool _isOpen(int slot) { return slot >= 0 && slot < _fpSlots && k7_fp[slot].stream; }
 
+// The file to which the path leads, or the path when there is none yet.
+fs::path _behindLinks(const std::string& path) {
+  std::error_code ec;
+  const fs::path named = PathOf(path);
+  const fs::path file = fs::canonical(named, ec);
+  return ec ? named : file;
+}
+
 }  // namespace
 
 File FileOpen(const std::string& path, const char* mode) {
@@ -77,34 +85,45 @@ bool FileRename(const std::string& from, const std::string& to) {
   return !ec;
 }
 
-bool FileWrite(const std::string& path, std::string_view bytes) {
-  const fs::path named = PathOf(path);
+std::string FileBeside(const std::string& path) {
+  const fs::path target = _behindLinks(path);
   std::error_code ec;
-  const bool replaces = fs::exists(named, ec);
-  if (replaces && !FileOpen(path, "r+b")) return false;
-  const fs::path target = replaces ? fs::canonical(named, ec) : named;  // behind a link
-  if (ec && replaces) return false;
-
-  fs::path made;
-  File f;
-  for (int i = 0; !f && i < _maxSpare; ++i) {
-    made = target;
-    made += '.' + std::to_string(i);
-    if (!fs::exists(fs::symlink_status(made, ec))) f = FileOpen(TextOf(made), "wb");
+  for (int i = 0; !target.empty() && i < _maxSpare; ++i) {
+    fs::path beside = target;
+    beside += '.' + std::to_string(i);
+    if (!fs::exists(fs::symlink_status(beside, ec))) return TextOf(beside);
   }
+  return {};
+}
+
+bool FileReplace(const std::string& beside, const std::string& path) {
+  const fs::path made = PathOf(beside), target = _behindLinks(path);
+  std::error_code ec;
+  bool sound = true;
+  if (fs::exists(target, ec)) {
+    sound = FileOpen(path, "r+b") != nullptr;  // what may not be written isn't replaced either
+    if (sound) fs::permissions(made, fs::status(target, ec).permissions(), ec);
+  }
+  if (sound) fs::rename(made, target, ec);
+  if (sound && !ec) return true;
+  fs::remove(made, ec);
+  return false;
+}
+
+bool FileWrite(const std::string& path, std::string_view bytes, const char* mode) {
+  const std::string beside = FileBeside(path);
+  File f = FileOpen(beside, mode);
   if (!f) return false;
   bool written = std::fwrite(bytes.data(), 1, bytes.size(), f.get()) == bytes.size();
   written = std::fclose(f.release()) == 0 && written;
-  if (written && replaces) fs::permissions(made, fs::status(target, ec).permissions(), ec);
-  if (written) fs::rename(made, target, ec);
-  if (written && !ec) return true;
-  fs::remove(made, ec);
+  if (written) return FileReplace(beside, path);
+  FileDelete(beside);
   return false;
 }
 
 void FileDrop(const std::string& path) {
   std::error_code ec;
-  const fs::path file = fs::canonical(path, ec);  // the file itself when the path is a link
+  const fs::path file = fs::canonical(PathOf(path), ec);  // the file itself when the path is a link
   if (!ec && fs::is_regular_file(file, ec)) fs::remove(file, ec);
 }
 

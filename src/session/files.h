@@ -33,8 +33,14 @@ bool FileDelete(const std::string& path);
 // Renames a file, not a directory, to a name that no other file has: false when it can't.
 bool FileRename(const std::string& from, const std::string& to);
 // Makes the file hold these bytes. They are written to a file beside it first, so that a full disk
-// leaves what was there: false then, and whenever it can't be done.
-bool FileWrite(const std::string& path, std::string_view bytes);
+// leaves what was there: false then, and whenever it can't be done. The mode "w" makes the line
+// ends those of the host.
+bool FileWrite(const std::string& path, std::string_view bytes, const char* mode = "wb");
+// The two halves of that: a name that no file has beside the one to which the path leads, through
+// links too, or an empty text; and the move of a complete file from there to its place, with the
+// permissions that the replaced one had. FileReplace removes the new file when it can't: false.
+std::string FileBeside(const std::string& path);
+bool FileReplace(const std::string& beside, const std::string& path);
 // Removes a file that couldn't be written to its end. A device stays.
 void FileDrop(const std::string& path);
 

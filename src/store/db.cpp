@@ -84,6 +84,10 @@ int dbClose(int area) {
   return dbfClose(_table(area));
 }
 
+int dbCloseDbf(int area) { return dbfClose(_table(area)); }
+
+int dbReopenDbf(int area, const std::string& filename) { return dbfOpen(_table(area), filename); }
+
 int dbSelect(int area) {
   if (_inRange(area)) _area = area;
   return _area;
@@ -98,6 +102,7 @@ int dbInUse(const std::string& filename) {
 }
 
 std::string dbFn(int area) { return dbOPEN(area) ? _table(area).name : std::string(); }
+const std::string& dbFILENAME(int area) { return _table(area).name; }
 bool dbOPEN(int area) { return dbfOPEN(_table(area)); }
 int dbCOLS(int area) { return dbfCOLS(_table(area)); }
 int dbRECNO(int area) { return dbfRECNO(_table(area)); }

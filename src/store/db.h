@@ -41,12 +41,16 @@ void dbReset();  // closes every open area, selects area 0
 // Results of dbfOpen. dbOpen doesn't close what the area holds: the caller does.
 int dbOpen(int area, std::string_view filename);
 int dbClose(int area);
+// Close the table alone and open a file in its place: the area's indexes stay.
+int dbCloseDbf(int area);
+int dbReopenDbf(int area, const std::string& filename);
 int dbSelect(int area);  // selects 0 to 3 and returns the selected area in any case
 int dbSelected();
 // The open area whose table is this file, however the path is spelt, or -1.
 int dbInUse(const std::string& filename);
 
 std::string dbFn(int area);  // file name; empty when the area is closed
+const std::string& dbFILENAME(int area);  // the same, with no test
 bool dbOPEN(int area);
 int dbCOLS(int area);
 int dbRECNO(int area);

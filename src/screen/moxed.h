@@ -1,0 +1,22 @@
+// The program editor of MODIFY COMMAND: a small full-screen editor of text files.
+//
+// The text is a vector of lines without trailing blanks. The window shows 23 of them, each from
+// its first byte to the right edge of the screen, and moves in steps of 8 lines. A line that is
+// changed holds at most 160 bytes; the cursor goes no further than column 79.
+#pragma once
+
+#include <string>
+
+#include "session/misc.h"
+
+namespace mox {
+
+// Edits a file, which needn't be there: 0, or -1 after a report when it can't be saved.
+int MoxEd(const std::string& path);
+
+// Edits at least one line; returns keySave or keyAbandon.
+int _EdLines(Lines& lines);
+// Splits the line at top + row behind its first col bytes.
+void _EdInsLn(int top, int row, int col, Lines& lines);
+
+}  // namespace mox

@@ -1,0 +1,167 @@
+#include "screen.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utmp.h>
+#include <vterm.h>
+
+#include <chrono>
+#include <cstdlib>
+#if __has_include(<pty.h>)
+#include <pty.h>
+#else
+#include <util.h>
+#endif
+
+namespace {
+
+constexpr int kRows = 24, kCols = 80;
+constexpr int kQuiet = 10;        // ms without output of a program that waits
+constexpr int kLongQuiet = 1000;  // of one of which it can't be seen that it waits
+constexpr auto kLimit = std::chrono::seconds(10);
+using Clock = std::chrono::steady_clock;
+
+}  // namespace
+
+struct Screen::Terminal {
+  int master = -1, slave = -1;
+  pid_t pid = -1;
+  VTerm* vt = vterm_new(kRows, kCols);
+  VTermScreen* screen = vterm_obtain_screen(vt);
+
+  // Feeds the emulator with what arrives within ms: false when nothing did.
+  bool Read(int ms) {
+    pollfd fd = {master, POLLIN, 0};
+    if (poll(&fd, 1, ms) <= 0) return false;
+    char bytes[4096];
+    const ssize_t n = read(master, bytes, sizeof bytes);
+    if (n <= 0) return false;
+    vterm_input_write(vt, bytes, static_cast<size_t>(n));
+    return true;
+  }
+  bool TookAll() const {
+    int waiting = 0;
+    return ioctl(slave, FIONREAD, &waiting) != 0 || waiting == 0;
+  }
+  // True when it can be seen that the program waits, for a key or at its prompt, or has ended.
+  bool Waits() const {
+    siginfo_t ended{};
+    if (waitid(P_PID, static_cast<id_t>(pid), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+        ended.si_pid == pid)
+      return true;
+    termios mode;
+    if (!TookAll() || tcgetattr(slave, &mode) != 0) return false;
+    if (!(mode.c_lflag & ICANON)) return true;
+    VTermPos pos;
+    vterm_state_get_cursorpos(vterm_obtain_state(vt), &pos);
+    VTermScreenCell cell;
+    vterm_screen_get_cell(screen, {pos.row, 0}, &cell);
+    return pos.col == 2 && (cell.chars[0] == '.' || cell.chars[0] == '>');
+  }
+  // True once the program has ended.
+  bool Reap(int& status) { return pid > 0 && waitpid(pid, &status, WNOHANG) == pid; }
+};
+
+Screen::Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir)
+    : t_(std::make_unique<Terminal>()) {
+  vterm_screen_reset(t_->screen, 1);
+  winsize size{kRows, kCols, 0, 0};
+  if (openpty(&t_->master, &t_->slave, nullptr, nullptr, &size) != 0) std::abort();
+  fcntl(t_->master, F_SETFL, O_NONBLOCK);
+  std::vector<char*> argv{program.data()};
+  for (auto& arg : args) argv.push_back(arg.data());
+  argv.push_back(nullptr);
+  t_->pid = fork();
+  if (t_->pid == 0) {
+    close(t_->master);
+    if (login_tty(t_->slave) != 0 || chdir(dir.c_str()) != 0) _exit(126);
+    execv(program.c_str(), argv.data());
+    _exit(127);
+  }
+  Type("");
+}
+
+Screen::~Screen() {
+  if (t_->pid > 0) {
+    kill(t_->pid, SIGKILL);
+    waitpid(t_->pid, nullptr, 0);
+  }
+  close(t_->master);
+  close(t_->slave);
+  vterm_free(t_->vt);
+}
+
+void Screen::Type(const std::string& keys) {
+  const auto end = Clock::now() + kLimit;
+  for (size_t sent = 0; sent < keys.size() && Clock::now() < end;) {
+    const ssize_t n = write(t_->master, keys.data() + sent, keys.size() - sent);
+    if (n > 0) sent += static_cast<size_t>(n);
+    t_->Read(n > 0 ? 0 : 1);
+  }
+  auto last = Clock::now();
+  for (bool waited = false; last < end;) {
+    if (t_->Read(kQuiet)) {
+      waited = false;
+      last = Clock::now();
+      continue;
+    }
+    // A wait that is seen twice with no output between.
+    const bool waits = t_->Waits();
+    if ((waits && waited) || Clock::now() - last > std::chrono::milliseconds(kLongQuiet)) break;
+    waited = waits;
+  }
+}
+
+bool Screen::Sees(int row, int col, const std::string& text) {
+  const auto end = Clock::now() + kLimit;
+  for (;;) {
+    std::string line = Row(row);
+    line.resize(kCols, ' ');
+    if (line.compare(static_cast<size_t>(col), text.size(), text) == 0) return true;
+    if (Clock::now() > end) return false;
+    t_->Read(kQuiet);
+  }
+}
+
+std::string Screen::Row(int row, bool reverse) const {
+  std::string line;
+  for (int col = 0; col < kCols; ++col) {
+    VTermScreenCell cell;
+    vterm_screen_get_cell(t_->screen, {row, col}, &cell);
+    vterm_screen_convert_color_to_rgb(t_->screen, &cell.bg);
+    const uint32_t c = cell.chars[0] == 0 ? ' ' : cell.chars[0];
+    const bool shown = !reverse || cell.bg.rgb.red > 128;
+    line += !shown ? ' ' : reverse && c == ' ' ? '_' : c < 127 ? static_cast<char>(c) : '?';
+  }
+  line.erase(line.find_last_not_of(' ') + 1);
+  return line;
+}
+
+std::string Screen::All() const {
+  std::string all;
+  for (int row = 0; row < kRows; ++row) all += Row(row) + '\n';
+  return all;
+}
+
+std::pair<int, int> Screen::Cursor() const {
+  VTermPos pos;
+  vterm_state_get_cursorpos(vterm_obtain_state(t_->vt), &pos);
+  return {pos.row, pos.col};
+}
+
+int Screen::Ended() {
+  const auto end = Clock::now() + kLimit;
+  while (Clock::now() < end) {
+    t_->Read(kQuiet);
+    int status = 0;
+    if (!t_->Reap(status)) continue;
+    t_->pid = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  return -1;
+}

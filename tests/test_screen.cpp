@@ -1,0 +1,377 @@
+// The full-screen statements as a person meets them: keys in, the picture out, and the files
+// afterwards.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <sstream>
+
+#include "screen.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kUp = "\x05", kDown = "\x18", kLeft = "\x13", kRight = "\x04", kEnter = "\r",
+                  kTab = "\t", kSave = "\x17", kQuit = "\x11", kInsert = "\x16", kDelete = "\x07",
+                  kBack = "\x08", kMark = "\x15", kPanLeft = "\x01", kPanRight = "\x06";
+
+std::string Repeat(const std::string& text, int n) {
+  std::string all;
+  while (n-- > 0) all += text;
+  return all;
+}
+
+struct Seen {
+  int row, col;
+  std::string text;
+};
+
+class ScreenTest : public testing::Test {
+ protected:
+  ScreenTest() {
+    std::string name = (fs::temp_directory_path() / "mox-screen-XXXXXX").string();
+    dir_ = mkdtemp(name.data());
+  }
+  ~ScreenTest() override { fs::remove_all(dir_); }
+
+  void Start(const std::vector<std::string>& args = {}) {
+    screen_ = std::make_unique<Screen>(MOX_PROGRAM, args, dir_);
+  }
+  // Types keys, then expects what stands on the screen.
+  void Do(const std::string& keys, const std::vector<Seen>& seen = {}) {
+    screen_->Type(keys);
+    for (const Seen& s : seen)
+      EXPECT_TRUE(screen_->Sees(s.row, s.col, s.text))
+          << "row " << s.row << ", column " << s.col << ": " << s.text << "\n"
+          << screen_->All();
+  }
+  // Types lines at the prompt.
+  void Lines(const std::vector<std::string>& lines) {
+    for (const auto& line : lines) Do(line + kEnter);
+  }
+  void Quit() {
+    Do("QUIT" + kEnter);
+    EXPECT_EQ(screen_->Ended(), 0) << screen_->All();
+  }
+  void Put(const std::string& name, const std::string& text) {
+    std::ofstream(dir_ / name, std::ios::binary) << text;
+  }
+  std::string Get(const std::string& name) {
+    std::ifstream f(dir_ / name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(f), {}};
+  }
+  // A table's records as text, one behind the other, each with its mark.
+  std::string Records(const std::string& name) {
+    const std::string file = Get(name);
+    return file.size() < 521 ? file : file.substr(521, file.size() - 522);
+  }
+  // A table with such fields ("NAME,C,10") and records (their fields at full width).
+  void Table(const std::string& name, const std::vector<std::string>& fields,
+             const std::vector<std::string>& records) {
+    std::string file(521, '\0');
+    file[0] = 2;
+    file[1] = static_cast<char>(records.size() & 255);
+    file[2] = static_cast<char>(records.size() >> 8);
+    size_t at = 8;
+    for (const std::string& field : fields) {
+      std::istringstream words(field);
+      std::string word;
+      std::getline(words, word, ',');
+      file.replace(at, word.size(), word);
+      std::getline(words, word, ',');
+      file[at + 11] = word[0];
+      std::getline(words, word, ',');
+      file[at + 12] = static_cast<char>(std::stoi(word));
+      if (std::getline(words, word, ',')) file[at + 15] = static_cast<char>(std::stoi(word));
+      at += 16;
+    }
+    file[at] = '\r';
+    for (const std::string& record : records) file += ' ' + record;
+    Put(name, file + '\x1a');
+  }
+
+  fs::path dir_;
+  std::unique_ptr<Screen> screen_;
+};
+
+TEST_F(ScreenTest, FormDrawsAndSaves) {
+  Table("p.dbf", {"NAME,C,10", "AGE,N,5,1", "OK,L,1"}, {"Bob         7.5T", "Eve         8.0F"});
+  Put("f.fmt", "@ 5,10 SAY \"Name\" GET NAME\n@ 6,10 SAY \"Age\" GET AGE\n@ 2*4-1,10 GET V\n");
+  Start();
+  Lines({"USE p", "STORE \"abc\" TO V", "SET FORMAT TO f", "ERASE"});
+  Do("READ" + kEnter, {{5, 10, "Name:Bob       :"}, {6, 10, "Age:  7.5:"}, {7, 10, ":abc:"}});
+  EXPECT_EQ(screen_->Row(5, true), std::string(15, ' ') + "Bob_______");
+  EXPECT_EQ(screen_->Cursor(), std::pair(5, 15));
+  // A lone field end keeps what was typed; a number gets its form when its field is left.
+  Do("Al\"" + kMark, {{5, 10, "Name:Al\"       :"}});
+  Do(kEnter + "1.25" + kUp, {{6, 10, "Age:  1.3:"}});
+  EXPECT_EQ(screen_->Cursor(), std::pair(5, 15));
+  Do("\x1b[B\x1b[B" + std::string("XY") + kEnter, {{23, 0, ". "}});
+  EXPECT_EQ(Records("p.dbf"), " Al\"         1.3T Eve         8.0F");
+  Lines({"? V"});
+  EXPECT_NE(screen_->All().find(" XYc"), std::string::npos);
+  // Abandoning drops every field of the form.
+  Lines({"ERASE", "READ"});
+  Do("ZZ" + kEnter + "9" + kEnter + kQuit);
+  EXPECT_EQ(Records("p.dbf"), " Al\"         1.3T Eve         8.0F");
+  Quit();
+}
+
+TEST_F(ScreenTest, FormPlacesAndPictures) {
+  Put("a.cmd",
+      "STORE \"12x45\" TO P\nSTORE T TO L\nSTORE 3 TO N\nSTORE \"ab\" TO S\nCOUNT TO C\n"
+      "ERASE\n@ 2,79 GET S\n@ 3,70 SAY \"ABCDEFGHIJ\" GET S\n@ 4,0 SAY 1.5\n@ 4,10 SAY T\n"
+      "@ 5,0 GET P PICTURE \"99.99\"\n@ 6,0 GET S PICTURE \"--\"\n@ 7,0 GET L\n@ 8,0 GET S PICTURE "
+      "\"!A\"\n@ 9,0 GET N\n@ 99,99 SAY \".\"\n@ 10,0 GET C\nREAD\n");
+  Table("p.dbf", {"A,C,1"}, {"x", "y"});
+  Start();
+  Lines({"USE p", "SET CONFIRM ON"});
+  Do("DO a" + kEnter, {{2, 76, ":ab"},
+                       {3, 76, ":ab"},
+                       {4, 0, " 1.5      .T."},
+                       {5, 0, ":12x45:"},
+                       {7, 0, ":T:"},
+                       {9, 0, ":         3:"},
+                       {10, 0, ":         2:"},
+                       {23, 79, "."}});
+  // Every printable character in turn: the picture decides which positions take it, and the
+  // field without any is passed over.
+  std::string all;
+  for (char c = ' '; c < 127; ++c) all += c;
+  Do(kDown + kDown + all, {{5, 0, ": + 45:"}});
+  Do(kDown + "y" + kDown + "z9Z" + kSave);
+  Lines({"ERASE", "? L", "? S"});
+  EXPECT_NE(screen_->All().find("\n .T."), std::string::npos) << screen_->All();
+  EXPECT_NE(screen_->All().find("\n ZZ\n"), std::string::npos) << screen_->All();
+  Quit();
+}
+
+TEST_F(ScreenTest, FieldEntry) {
+  Put("a.cmd",
+      "STORE \"abcd\" TO S\nSTORE \"q\" TO W\nERASE\n@ 5,0 GET S\n@ 6,0 GET W\nREAD\n? "
+      "S+W+\"|\"\n");
+  Start();
+  struct {
+    std::string keys, text;
+  } const cases[] = {
+      {"X" + kDelete + kSave, "Xcd q|"},
+      {kRight + kRight + kBack + kSave, "acd q|"},
+      {kBack + kLeft + kDelete + kSave, "bcd q|"},
+      {Repeat(kRight, 9) + "Z" + kSave, "abcZq|"},  // full: goes to the next field
+      {"12345" + kEnter, "12345|"},                 // the second field is full as well
+      {kRight + kInsert + "12" + kInsert + kSave, "a12bq|"},
+      {"\x1b" + kSave, "abcdq|"},
+      {"\xc3\xa4\x01\x1a" + kSave, "abcdq|"},
+      {kEnter + "R", "abcdR|"},
+  };
+  for (const auto& c : cases) {
+    Do("DO a" + kEnter);
+    Do(c.keys, {{22, 1, c.text}});
+  }
+  Do("DO a" + kEnter);
+  Do(kInsert, {{0, 18, "INSERT"}});
+  Do(kInsert, {{0, 18, "      "}});
+  Do(kQuit);
+  Lines({"SET CONFIRM ON"});
+  Do("DO a" + kEnter);
+  Do("12345", {{5, 0, ":1234:"}});
+  EXPECT_EQ(screen_->Cursor(), std::pair(5, 5));
+  Do(kDelete + kBack + kEnter + "Z" + kEnter + kEnter, {{5, 0, ":123 :"}, {6, 0, ":Z:"}});
+  Do(kSave, {{22, 1, "123 Z|"}});
+  Quit();
+}
+
+TEST_F(ScreenTest, RecordEditor) {
+  Table("p.dbf", {"NAME,C,10", "AGE,N,5,2", "OK,L,1", "BIG,N,4,1"},
+        {"Bob        1.25T1234", "Eve        2.50F 0.5"});
+  Start();
+  Lines({"USE p"});
+  Do("EDIT 1" + kEnter, {{0, 0, "RECORD # 00001"},
+                         {1, 0, "NAME      :Bob       :"},
+                         {2, 0, "AGE       : 1.25:"},
+                         {3, 0, "OK        :T:"},
+                         {4, 0, "BIG       :1234:"}});
+  Do(kMark, {{0, 32, "DELETED"}});
+  Do(kMark + kMark + "\"Al\"" + kTab, {{1, 10, ":\"Al\"      :"}, {0, 32, "DELETED"}});
+  Do("123.4", {{2, 10, ": 0.00:"}});  // the field is full; the number has no room
+  Do(kUp + "99.99-" + kUp, {{3, 10, ":-:"}});
+  Do(kSave);
+  // What was only passed by stays, even where it doesn't fit its own form.
+  EXPECT_EQ(Records("p.dbf"), "*\"Al\"      99.99-1234 Eve        2.50F 0.5");
+  Do("EDIT 2" + kEnter);
+  Do("Lost" + kMark + kEnter + "1" + kQuit);
+  Do("APPEND" + kEnter, {{0, 0, "RECORD # 00003"}, {4, 10, ":    :"}});
+  Do("New" + kEnter + "x" + kEnter + "T", {{2, 10, ": 0.00:"}});
+  Do("-10" + kEnter);
+  EXPECT_EQ(Records("p.dbf"), "*\"Al\"      99.99-1234 Eve        2.50F 0.5 New        0.00T 0.0");
+  Quit();
+}
+
+TEST_F(ScreenTest, RecordEditorScrollsAndTakesAnyWidth) {
+  std::vector<std::string> fields;
+  for (int i = 1; i <= 31; ++i) fields.push_back("F" + std::to_string(i) + ",C,1");
+  fields.push_back("WIDE,C,254");
+  const std::string record(31, 'a');
+  Table("p.dbf", fields, {record + std::string(254, 'w')});
+  Table("e.dbf", {"A,C,3"}, {});
+  Start();
+  Lines({"USE p", "SET CONFIRM ON"});
+  Do("EDIT 1" + kEnter, {{1, 0, "F1        :a:"}, {23, 0, "F23       :a:"}});
+  Do(Repeat(kDown, 23), {{1, 0, "F24       :a:"}, {9, 0, "WIDE      :www"}});
+  Do(kUp, {{1, 0, "F23       :a:"}});
+  Do(Repeat(kDown, 9) + Repeat(kRight, 300) + "Z" + kSave);
+  EXPECT_EQ(Records("p.dbf"), " " + record + std::string(253, 'w') + "Z");
+  Lines({"USE e"});
+  Do("EDIT" + kEnter, {{1, 0, "A         :   :"}});
+  Do("abc" + kSave, {{23, 0, ". "}});
+  EXPECT_EQ(Records("e.dbf"), "");
+  Quit();
+}
+
+TEST_F(ScreenTest, Browse) {
+  std::vector<std::string> records;
+  for (int i = 1; i <= 45; ++i)
+    records.push_back("name" + std::to_string(100 + i) + "   x" + std::to_string(100 + i) + "w");
+  Table("p.dbf", {"NAME,C,10", "LONGNAME,C,1", "N,N,3", "W,C,1"}, records);
+  Start();
+  Lines({"USE p"});
+  Do("BROWSE" + kEnter, {{0, 0, "RECORD # :00001"},
+                         {1, 0, "NAME------ L N-- W"},
+                         {2, 0, "name101    x 101 w"},
+                         {20, 0, "name119    x 119 w"}});
+  EXPECT_EQ(screen_->Row(2, true), "name101___ x 101 w");
+  Do(Repeat(kDown, 19), {{2, 0, "name120"}, {20, 0, "name138"}, {0, 10, "00020"}});
+  Do(kUp, {{2, 0, "name115"}, {6, 0, "name119"}, {0, 10, "00019"}});
+  EXPECT_EQ(screen_->Row(6, true), "name119___ x 119 w");
+  // A row is written when it is left; abandoning drops the current row only.
+  Do("\"a\"" + kDown + "lost" + kQuit, {{23, 0, ". "}});
+  EXPECT_EQ(Records("p.dbf").substr(18 * 16, 32), " \"a\"e119   x119w name120   x120w");
+  Lines({"GOTO 45"});
+  Do("BROWSE" + kEnter, {{2, 0, "name145    x 145 w"}, {3, 0, "     "}});
+  Do(kDown + kPanRight + kPanRight, {{1, 0, "N-- W"}, {2, 0, "145 w"}});
+  Do("9" + kPanLeft, {{2, 0, "x 145 w"}});  // a pan drops the row's edits
+  Do(kPanRight + "-99" + kEnter, {{2, 0, "-99 w"}});
+  Do("1.5" + kEnter, {{2, 0, "  2 w"}});
+  Do(kMark, {{0, 32, "DELETED"}});
+  Do(Repeat(kTab, 9) + kSave);
+  Lines({"? #"});
+  EXPECT_NE(screen_->All().find("\n  45\n"), std::string::npos) << screen_->All();
+  EXPECT_EQ(Records("p.dbf").substr(44 * 16), "*name145   x145w");
+  Do("DISPLAY STATUS" + kEnter + kEnter);
+  EXPECT_NE(screen_->All().find("COLON     - ON"), std::string::npos) << screen_->All();
+  Quit();
+}
+
+TEST_F(ScreenTest, ModifyStructure) {
+  Table("p.dbf", {"NAME,C,10", "AGE,N,5,1"}, {"Bob         7.5"});
+  Start();
+  const std::string before = Get("p.dbf");
+  Lines({"MODIFY STRUCTURE"});
+  EXPECT_NE(screen_->All().find("NO DATABASE FILE IN USE"), std::string::npos);
+  Lines({"USE p"});
+  Lines({"MODIFY STRUCTURE"});
+  Do("n");
+  EXPECT_NE(screen_->All().find("RECORDS ... PROCEED? (Y/N) N\n"), std::string::npos);
+  Lines({"MODIFY STRUCTURE"});
+  Do("y", {{1, 0, "           NAME      TYP LEN  DEC"},
+           {2, 0, "FIELD 01  :NAME       C  010  000  :"},
+           {3, 0, "FIELD 02  :AGE        N  005  001  :"},
+           {23, 0, "FIELD 22  :                        :"}});
+  Do(kUp, {{2, 0, "FIELD 01  :NAME"}});
+  Do(Repeat(kDown, 22), {{2, 0, "FIELD 09"}, {23, 0, "FIELD 30"}});
+  Do(Repeat(kDown, 22), {{2, 0, "FIELD 17"}, {17, 0, "FIELD 32"}});
+  Do(Repeat(kDown, 16), {{2, 0, "FIELD 17"}});
+  Do(kUp + kUp, {{2, 0, "FIELD 01"}});
+  Do("LOST" + kQuit);
+  EXPECT_EQ(Get("p.dbf"), before);
+  Lines({"MODIFY STRUCTURE"});
+  Do("Y");
+  Do(kDown + kDown + "bad x 1" + kDown + "flag l" + kDown + kDown + "dropped c 3" + kSave,
+     {{22, 0, "BAD TYPE FIELD"}});
+  Lines({"APPEND BLANK", "ERASE", "DISPLAY STRUCTURE"});
+  const std::string all = screen_->All();
+  EXPECT_NE(all.find("001     NAME         C    010"), std::string::npos) << all;
+  EXPECT_NE(all.find("004     FLAG         L    001"), std::string::npos) << all;
+  EXPECT_EQ(all.find("DROPPED"), std::string::npos) << all;
+  EXPECT_EQ(Records("p.dbf"), std::string(17, ' '));
+  EXPECT_FALSE(fs::exists(dir_ / "p.dbf.new"));
+  Quit();
+}
+
+TEST_F(ScreenTest, ProgramEditor) {
+  std::string text;
+  for (int i = 1; i <= 23; ++i) text += "line " + std::to_string(i) + "\n";
+  const std::string seventy(70, 's'), wide(100, 'w');
+  Put("a.cmd", "one  \ntwo\n" + seventy + "\n" + wide + "\n\n \n");
+  Put("b.cmd", text);
+  Put("c.cmd", " \n\n");
+  Start();
+  Do("MODIFY COMMAND a" + kEnter,
+     {{0, 18, "INSERT"}, {1, 0, "one"}, {4, 0, wide.substr(0, 80)}, {5, 0, "  "}});
+  Do("X" + kRight + kInsert + "Y" + kInsert, {{1, 0, "XoY"}, {0, 18, "INSERT"}});
+  Do(kRight + kRight + kDelete, {{1, 0, "XoYetwo"}, {2, 0, seventy}});
+  EXPECT_EQ(screen_->Cursor(), std::pair(1, 4));
+  Do(kEnter + kEnter + kBack, {{1, 0, "XoYe"}, {2, 0, "   "}, {3, 0, "two"}});
+  Do(kDown + Repeat(kRight, 79) + kDelete,
+     {{4, 0, seventy}, {5, 0, wide.substr(0, 80)}});  // too long to join
+  Do(kSave, {{23, 0, ". "}});
+  EXPECT_EQ(Get("a.cmd"), "XoYe\n\ntwo\n" + seventy + "\n" + wide + "\n");
+
+  Lines({"MODIFY COMMAND b"});
+  Do("lost" + kQuit);
+  EXPECT_EQ(Get("b.cmd"), text);
+  Do("MODIFY COMMAND b" + kEnter);
+  Do(Repeat(kDown, 22), {{23, 0, "line 23"}});
+  Do(kDown + kDown + "end", {{1, 0, "line 9"}, {15, 0, "line 23"}, {17, 0, "end"}});
+  Do(Repeat(kUp, 17), {{1, 0, "line 1"}, {8, 0, "line 8"}});
+  EXPECT_EQ(screen_->Cursor(), std::pair(8, 3));
+  Do(kSave);
+  EXPECT_EQ(Get("b.cmd"), text + "\nend\n");
+
+  Lines({"MODIFY COMMAND c"});
+  Do(kSave);
+  EXPECT_EQ(Get("c.cmd"), "");
+  Do("MODIFY COMMAND new.fmt" + kEnter);
+  Do(kDelete + "a" + kEnter + " b" + kSave);
+  EXPECT_EQ(Get("new.fmt"), "a\n b\n");
+  fs::create_directory(dir_ / "d.cmd");
+  Do("MODIFY COMMAND d" + kEnter);
+  Do("x" + kSave, {{22, 0, "CANT SAVE FILE"}});
+  Quit();
+}
+
+// Any byte, at any place: the program goes on, and what wasn't saved isn't written.
+TEST_F(ScreenTest, AnyKeys) {
+  Table("p.dbf", {"A,C,1", "N,N,6,2", "W,C,254", "L,L,1"},
+        {"a  1.25" + std::string(254, 'w') + "T", std::string(262, '\x1b')});
+  Put("f.fmt",
+      "@ 5,5 GET A PICTURE \"!\"\n@ 6,5 GET N\n@ 22,70 GET W\n@ 3,3 GET W PICTURE \"A-9\"\n");
+  Put("a.cmd", "* a line\n" + std::string(130, 'x') + "\n");
+  const std::string text = Get("a.cmd"), header = Get("p.dbf").substr(0, 521);
+  std::mt19937 random(7);
+  Start();
+  Lines({"USE p", "SET CONFIRM ON", "SET FORMAT TO f"});
+  for (const char* statement :
+       {"READ", "EDIT 2", "MODIFY STRUCTURE", "MODIFY COMMAND a", "BROWSE"}) {
+    Lines({statement});
+    if (std::string(statement) == "MODIFY STRUCTURE") Do("y");
+    std::string keys;
+    for (int i = 0; i < 3000; ++i) {
+      const char c = static_cast<char>(random() % 3 ? random() % 32 : random() % 256);
+      if (c != kQuit[0] && c != kSave[0]) keys += c;
+    }
+    Do(keys);
+    // Behind a broken sequence a key may be taken for its rest.
+    Do("  " + kQuit, {{23, 0, ". "}});
+  }
+  EXPECT_EQ(Get("a.cmd"), text);
+  EXPECT_EQ(Get("p.dbf").substr(0, 521), header);
+  EXPECT_EQ(Records("p.dbf").size(), 2u * 263);
+  Quit();
+}
+
+}  // namespace
