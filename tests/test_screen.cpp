@@ -374,4 +374,36 @@ TEST_F(ScreenTest, AnyKeys) {
   Quit();
 }
 
+TEST_F(ScreenTest, ExampleClub) {
+  for (const auto& file : fs::directory_iterator(fs::path(MOX_ROOT) / "examples/club"))
+    if (file.path().extension() != ".ndx" && file.path().filename() != "MEMBERS.dbf")
+      fs::copy(file, dir_);
+  Start({"CLUB"});
+  Do("", {{4, 20, "1  Add a member"}, {10, 20, "Your choice: :"}});
+  Do("1", {{3, 10, "Name   :                    :"}});
+  Do("Novak, Eva" + kEnter + "Praha" + kEnter + "202480.5" + kEnter + "T");
+  Do("1");
+  Do("Nobody" + kQuit, {{10, 20, "Your choice: :"}});
+  Do("2");
+  Do("Olsen" + kEnter, {{3, 10, "Name   :Olsen, Ruth"}});
+  Do(kEnter + "Oslo  " + kEnter + kDown + "  90" + kSave);
+  Do("2");
+  Do("Zzz" + kEnter, {{5, 10, "There is no such member."}});
+  Do(" ");
+  // Browse follows the index; a changed name takes its new place.
+  Do("3", {{2, 0, "Aalto, Mika"}, {4, 0, "Novak, Eva"}});
+  Do("Zaalto, Mi" + kDown, {{2, 0, "Zaalto, Mi"}});
+  Do(kUp + kUp + kUp, {{2, 0, "Novak, Eva"}, {5, 0, "Zaalto, Mi"}});
+  Do(kQuit);
+  Do("4", {{1, 7, "Costa, Ines"},
+           {3, 7, "Olsen, Ruth          Oslo             1998   90.00 .T."},
+           {5, 7, "Zaalto, Mi"},
+           {7, 1, "Fees    446.00"},
+           {8, 1, "Paid    290.50"}});
+  Do(" ");
+  Do("0");
+  EXPECT_EQ(screen_->Ended(), 0);
+  EXPECT_EQ(Get("MEMBERS.dbf")[1], 5);
+}
+
 }  // namespace

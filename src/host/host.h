@@ -2,8 +2,8 @@
 //
 // Keys and lines come from one stream, the standard input, in the order in which they were typed
 // or piped in; both kinds of read share one buffer, so that they can alternate without losing a
-// byte. The terminal is in line mode with echo except while a key is awaited and, from _kbhit on,
-// up to the next read of a line. It is put back as it was found behind each wait, at the end of the
+// byte. The terminal is in line mode with echo except while a key is awaited or
+// OS_HoldKeys holds and, from _kbhit on, up to the next read of a line. It is put back as it was found behind each wait, at the end of the
 // program and when a signal stops it.
 #pragma once
 
@@ -27,6 +27,10 @@ void ansi_on();
 // F1 to F10). Every control key arrives as its code, Enter as 13, Backspace as 8, a lone Escape
 // as 27. keyEnd at the end of the input.
 int _getch();
+
+// Begins, with true, and ends a time in which many keys are awaited: the terminal stays ready for
+// keys between two waits, so that what is typed there is neither echoed nor taken for line editing.
+void OS_HoldKeys(bool hold);
 
 // True when a key is pending; doesn't wait, doesn't take it.
 bool _kbhit();

@@ -209,6 +209,12 @@ int _getch() {
   }
 }
 
+void OS_HoldKeys(bool hold) {
+  static Mode before = Mode::line;
+  if (hold) before = _mode;
+  _setMode(hold ? Mode::keys : before);
+}
+
 bool _kbhit() {
   if (_scanCode >= 0 || _pos + _skipLf < _end) return true;
   _setMode(Mode::poll);

@@ -240,6 +240,7 @@ void _actOnKey(View& v, int key) {
 
 int MoxBrowse() {
   if (!DbChk()) return 0;
+  const ScrKeys keys;
   const int colon = g_opt[optCOLON];
   g_opt[optCOLON] = 0;  // fields stand at their exact columns
   g_opt[optINSERT] = 0;

@@ -88,6 +88,7 @@ void _paintGrid(int base, const Lines& lines) {
 
 // True when the person saves the grid.
 bool _editGrid(Lines& lines) {
+  const ScrKeys keys;
   ScrNewPage();
   int base = 0;
   for (int key = 0; key != keySave;) {

@@ -173,6 +173,7 @@ void _EdInsLn(int top, int row, int col, Lines& lines) {
 }
 
 int _EdLines(Lines& lines) {
+  const ScrKeys keys;
   TextEditor e{lines};
   for (;;) {
     if (e.repaint) _paint(e);

@@ -125,6 +125,7 @@ int showVal(int row, int col, std::string& text, int field) {
 int MoxEdit() {
   if (!DbChk()) return 0;
   RecordEditor e;
+  const ScrKeys keys;
   const int n = std::min(dbCOLS(selectedArea), maxFields);
   for (int field = 0; field < n; ++field) {
     e.texts.push_back(dbVal(selectedArea, field));

@@ -97,6 +97,7 @@ int _seek(int i, int step) {
 
 // Edits the fields and returns the last key: keyAbandon when nothing is to be saved.
 int _editFields() {
+  const ScrKeys keys;
   const int n = static_cast<int>(_get.size());
   int key = 0;
   for (int i = _seek(0, 1); i < n && key != keyAbandon && key != keySave;) {

@@ -82,6 +82,9 @@ void ScrLeave() {
   _print("\n");
 }
 
+ScrKeys::ScrKeys() { OS_HoldKeys(true); }
+ScrKeys::~ScrKeys() { OS_HoldKeys(false); }
+
 int ScrGetKey() {
   constexpr int prefixes[] = {0, 224};
   const int key = _getch();

@@ -59,6 +59,14 @@ std::string ScrPlain(std::string_view text);
 void ScrSayInsert(bool on);  // the label "INSERT", or blanks, in row 0
 void ScrLeave();             // to the last line, where the prompt goes on
 
+// Lives while a screen is edited: keys that are typed faster than they are taken stay keys.
+struct ScrKeys {
+  ScrKeys();
+  ~ScrKeys();
+  ScrKeys(const ScrKeys&) = delete;
+  ScrKeys& operator=(const ScrKeys&) = delete;
+};
+
 // Waits for one key. The end of the input ends the session and comes as keyAbandon.
 int ScrGetKey();
 
