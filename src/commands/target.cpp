@@ -7,7 +7,7 @@ namespace mox {
 
 bool TargetPath(const std::string& name, std::string& path) {
   path = FnFind(name);
-  if (dbInUse(path) < 0) return true;
+  if (!dbInUse(path)) return true;
   SetErr("FILE IS IN USE", path);
   return false;
 }

@@ -70,13 +70,13 @@ int OpQuit(int, Stack&) {
 
 int OpDel(int depth, Stack& stk) {
   const std::string path = FnFind(qs2s(stk[depth - 1]));
-  if (dbInUse(path) >= 0 || !FileDelete(path)) SetErr("DELETE FILE FAILED", "");
+  if (dbInUse(path) || !FileDelete(path)) SetErr("DELETE FILE FAILED", "");
   return -1;
 }
 
 int OpRen(int depth, Stack& stk) {
   const std::string from = FnFind(qs2s(stk[depth - 2]));
-  if (dbInUse(from) >= 0 || !FileRename(from, qs2s(stk[depth - 1]))) SetErr("RENAME FAILED", "");
+  if (dbInUse(from) || !FileRename(from, qs2s(stk[depth - 1]))) SetErr("RENAME FAILED", "");
   return -2;
 }
 

@@ -126,7 +126,7 @@ int _CrFld(const Lines& words, FieldDef& field) {
 
 int MoxCreate(const std::string& filename) {
   const std::string path = FnExt(filename, ".dbf");
-  if (dbInUse(path) >= 0) {
+  if (dbInUse(path)) {
     SetErr("FILE IS IN USE", path);
     return -1;
   }

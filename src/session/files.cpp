@@ -70,6 +70,11 @@ bool SameFile(const std::string& a, const std::string& b) {
   return fs::equivalent(PathOf(a), PathOf(b), ec) && !ec;
 }
 
+bool FileExists(const std::string& path) {
+  std::error_code ec;
+  return fs::exists(fs::symlink_status(PathOf(path), ec));
+}
+
 bool FileDelete(const std::string& path) {
   const fs::path file = PathOf(path);
   std::error_code ec;

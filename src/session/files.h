@@ -28,6 +28,7 @@ std::string FnFind(const std::string& path);
 // True when both paths lead to one and the same existing file.
 bool SameFile(const std::string& a, const std::string& b);
 
+bool FileExists(const std::string& path);  // of any kind
 // Deletes a file, not a directory: false when it can't.
 bool FileDelete(const std::string& path);
 // Renames a file, not a directory, to a name that no other file has: false when it can't.

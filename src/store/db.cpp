@@ -95,10 +95,13 @@ int dbSelect(int area) {
 
 int dbSelected() { return _area; }
 
-int dbInUse(const std::string& filename) {
-  for (int area = 0; area < maxAreas; ++area)
-    if (dbOPEN(area) && SameFile(db[area].table.name, filename)) return area;
-  return -1;
+bool dbInUse(const std::string& filename) {
+  for (const DbArea& a : db) {
+    if (dbfOPEN(a.table) && SameFile(a.table.name, filename)) return true;
+    for (const NdxFile& x : a.index)
+      if (x.file && SameFile(x.file->name, filename)) return true;
+  }
+  return false;
 }
 
 std::string dbFn(int area) { return dbOPEN(area) ? _table(area).name : std::string(); }

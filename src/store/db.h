@@ -46,8 +46,8 @@ int dbCloseDbf(int area);
 int dbReopenDbf(int area, const std::string& filename);
 int dbSelect(int area);  // selects 0 to 3 and returns the selected area in any case
 int dbSelected();
-// The open area whose table is this file, however the path is spelt, or -1.
-int dbInUse(const std::string& filename);
+// True when an area holds this file as its table or as an index, however the path is spelt.
+bool dbInUse(const std::string& filename);
 
 std::string dbFn(int area);  // file name; empty when the area is closed
 const std::string& dbFILENAME(int area);  // the same, with no test

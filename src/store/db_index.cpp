@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -13,8 +11,6 @@
 #include "store/db_area.h"
 
 namespace mox {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -132,46 +128,30 @@ int _addRecords(NdxFile& x, bool talk) {
 // A file in the making: it goes away unless it took its place.
 struct NewFile {
   std::string name;
-  ~NewFile() {
-    std::error_code ec;
-    if (!name.empty()) fs::remove(name, ec);
-  }
+  ~NewFile() { FileDelete(name); }
 };
 
-// A name beside the file that no file has.
-std::string _nameBeside(const std::string& name) {
-  std::error_code ec;
-  std::string other;
-  for (int i = 0; other.empty() || fs::exists(other, ec); ++i)
-    other = StrFmt("%s.%d", name.c_str(), i);
-  return other;
-}
-
-// The file that the name leads to and that INDEX ON may put another in the place of; empty when
-// there is a folder, a table in use, or what can't be written.
-std::string _targetOf(const std::string& name) {
-  std::error_code ec;
-  if (!fs::exists(name, ec)) return name;
-  if (dbInUse(name) >= 0 || !FileOpen(name, "r+b")) return {};
-  const fs::path real = fs::canonical(name, ec);
-  return ec ? std::string() : real.string();
+// True when INDEX ON may put a file in the place of what stands there: no folder, no table in use,
+// nothing that can't be written.
+bool _mayReplace(const std::string& name) {
+  for (const DbArea& a : db)
+    if (dbfOPEN(a.table) && SameFile(a.table.name, name)) return false;
+  return FileOpen(name, "r+b") || !FileExists(name);
 }
 
 // Puts the new file in the place of the target and opens it where the target was open.
-int _takePlace(NewFile& made, const std::string& target) {
+int _takePlace(const NewFile& made, const std::string& target) {
   std::vector<std::pair<NdxFile*, std::string>> users;
   for (DbArea& a : db)
     for (NdxFile& x : a.index)
       if (x.file && SameFile(x.file->name, target)) users.emplace_back(&x, x.file->name);
   for (const auto& [x, name] : users) ndxClose(*x);
-  std::error_code ec;
-  fs::rename(made.name, target, ec);
-  if (!ec) made.name.clear();
+  const bool replaced = FileReplace(made.name, target);
   bool open = true;
   for (const auto& [x, name] : users) open &= ndxOpen(*x, name) == 0;
-  if (ec) SetErr("INDEX FILE CANNOT BE CREATED", target);
+  if (!replaced) SetErr("INDEX FILE CANNOT BE CREATED", target);
   if (!open) SetErr("INDEX FILE CANNOT BE OPENED", target);
-  return ec || !open ? -1 : 0;
+  return replaced && open ? 0 : -1;
 }
 
 int _cantCreate(const std::string& name) {
@@ -251,16 +231,14 @@ int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk) {
   Expr steps(std::string(expr), evalSteps);
   Typ typ;
   if (!_keyShape(expr, steps, typ)) return -1;
-  const std::string target = _targetOf(name);
-  if (target.empty()) return _cantCreate(name);
-  NewFile made{_nameBeside(target)};
+  const NewFile made{_mayReplace(name) ? FileBeside(name) : std::string()};
   NdxFile x;
-  if (ndxCreate(x, made.name, expr, typ.type, typ.length) != 0) return _cantCreate(name);
+  if (made.name.empty() || ndxCreate(x, made.name, expr, typ.type, typ.length) != 0) return _cantCreate(name);
   if (_addRecords(x, talk) != 0) return -1;
   const int result = ndxFlush(x);
   if (result != 0) return _indexFailed(x, result);
   ndxClose(x);
-  return _takePlace(made, target);
+  return _takePlace(made, name);
 }
 
 int dbReindex(bool talk) {
