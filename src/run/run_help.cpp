@@ -17,7 +17,14 @@ namespace mox {
 namespace {
 
 constexpr char helpFile[] = "moxhelp.txt";
+constexpr char installed[] = "/../share/mox/";  // from the program's folder
 constexpr int pageLines = 21;
+
+// The help file of the current directory, else the installed one; null when there is neither.
+File _openHelp() {
+  File f = FileOpen(FnFind(helpFile), "rb");
+  return f ? std::move(f) : FileOpen(OS_GetProgDir() + installed + helpFile, "rb");
+}
 
 // Waits for a key: false when it ends the help.
 bool _nextPage() {
@@ -47,7 +54,7 @@ void _showTopic(std::FILE* f) {
 int OpHelp(int depth, Stack& stk) {
   std::string head = "#";
   head += strUpper(qs2s(stk[depth - 1]));
-  const File f = FileOpen(FnFind(helpFile), "rb");
+  const File f = _openHelp();
   if (!f) {
     std::printf("  %s file missing.\n", helpFile);
     return -1;
