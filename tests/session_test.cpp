@@ -11,6 +11,7 @@
 //   == show NAME          the lines that follow are the file's text (carriage returns left out).
 //   == dump NAME OFFSET   the hex digits that follow are the file's bytes from OFFSET on.
 //   == size NAME N        the file has N bytes.
+//   == same PATH          the file has the bytes of the one that was copied from there.
 //   == absent NAME        there is no such file.
 //
 // In what a person sees, a line that begins with ". " or "> " is a prompt with what was typed
@@ -19,15 +20,18 @@
 // between « and » is typed and not seen, where \n is Enter and \e Escape: SINGLE STEP  Y:=STEP«Y».
 // A line of output that looks like a prompt or a directive begins with «».
 //
-// Without ARGS the banner is expected first and isn't repeated in the file; and unless the last
-// prompt has QUIT typed at it, the input ends after the transcript, and a last prompt with a line
-// feed is expected. The program must end with status 0 within 20 seconds and leave standard error
-// empty. The first failure ends its case; the next case runs all the same.
+// Without ARGS the banner is expected first and isn't repeated in the file; and unless what is
+// typed at the last prompt has the word QUIT in it, the input ends after the transcript, and a
+// last prompt with a line feed is expected. The program must end with status 0 within 20 seconds
+// and leave standard error empty. The environment variable MOX_PROGRAM names another program to run
+// than the one just built, as one for another host in its launcher. The first failure ends its
+// case; the next case runs all the same.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iomanip>
@@ -153,7 +157,7 @@ std::string Keys(const std::string& text) {
 }
 
 Transcript ReadTranscript(const Section& s) {
-  static const std::regex quit(" *quit *", std::regex::icase), unseen("«(.*?)»");
+  static const std::regex quit(".*\\bquit\\b.*", std::regex::icase), unseen("«(.*?)»");
   Transcript t{"", s.rest.empty() ? kBanner : "", {}};
   bool quits = false;
   int number = s.line;
@@ -178,12 +182,17 @@ Transcript ReadTranscript(const Section& s) {
   return t;
 }
 
+std::string Program() {
+  const char* other = std::getenv("MOX_PROGRAM");
+  return other ? other : MOX_PROGRAM;
+}
+
 bool DoMox(const Case& c, const Section& s) {
   const Transcript t = ReadTranscript(s);
   WriteFile(c.base / "in", t.input);
   std::istringstream words(s.rest);
   const std::string ending =
-      RunProgram(MOX_PROGRAM, {std::istream_iterator<std::string>(words), {}}, c.dir, c.base);
+      RunProgram(Program(), {std::istream_iterator<std::string>(words), {}}, c.dir, c.base);
   const std::string out = ReadFile(c.base / "out"), err = ReadFile(c.base / "err");
   std::string text = ending.empty() ? "" : ending + "\n";
   if (!err.empty()) text += "standard error:\n" + err;
@@ -241,13 +250,18 @@ bool DoSize(const Case& c, const Section& s) {
   return actual == size || Fail(c, s.line, name + " has " + std::to_string(actual) + " bytes");
 }
 
+bool DoSame(const Case& c, const Section& s) {
+  const fs::path from = fs::path(MOX_ROOT) / s.rest;
+  return ReadFile(from) == ReadFile(c.dir / from.filename()) || Fail(c, s.line, "has changed");
+}
+
 bool DoAbsent(const Case& c, const Section& s) {
   return !fs::exists(c.dir / s.rest) || Fail(c, s.line, "there is a " + s.rest);
 }
 
 const std::map<std::string, bool (*)(const Case&, const Section&)> kDirectives = {
-    {"file", DoFile}, {"bytes", DoFile}, {"copy", DoCopy}, {"mox", DoMox},
-    {"show", DoShow}, {"dump", DoDump},  {"size", DoSize}, {"absent", DoAbsent},
+    {"file", DoFile}, {"bytes", DoFile}, {"copy", DoCopy}, {"mox", DoMox},       {"show", DoShow},
+    {"dump", DoDump}, {"size", DoSize},  {"same", DoSame}, {"absent", DoAbsent},
 };
 
 std::vector<Section> ReadSections(const std::string& path) {

@@ -1,6 +1,5 @@
 #include "commands/moxcopy.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <vector>
 

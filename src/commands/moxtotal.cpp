@@ -1,6 +1,5 @@
 #include "commands/moxtotal.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <vector>
 

@@ -40,9 +40,10 @@ bool _kbhit();
 // when Ctrl-C breaks the read off.
 bool OS_ReadLine(size_t max, std::string& line);
 
-// Ctrl-C. While a key is awaited it is a key as any other. At all other times, from OS_CatchInterrupt
-// on, it is noted, and breaks off a read of a line, which then gives false. The note stays until it
-// is forgotten, and what was typed before it with it; input that isn't a terminal ends with it.
+// Ctrl-C. While a key is awaited it is a key as any other. At all other times, from
+// OS_CatchInterrupt on, it is noted, and breaks off a read of a line, which then gives false. The
+// note stays until it is forgotten, and what was typed before it with it; input that isn't a
+// terminal ends with it.
 void OS_CatchInterrupt();
 bool OS_Interrupted();
 void OS_ForgetInterrupt();

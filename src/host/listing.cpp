@@ -3,6 +3,7 @@
 #include <system_error>
 
 #include "host/host.h"
+#include "host/path.h"
 
 namespace mox {
 
@@ -32,15 +33,16 @@ bool _fits(std::string_view name, std::string_view pattern) {
 }
 
 Lines _GetDirFileList(const std::string& pattern, bool dirs) {
-  const fs::path path(pattern);
-  const std::string last = path.filename().string();
+  const fs::path path = PathOf(pattern);
+  const std::string last = NameOf(path);
   const fs::path dir = path.has_parent_path() ? path.parent_path() : fs::path(".");
   Lines names;
   std::error_code ec;
   for (fs::directory_iterator i(dir, ec), end; !ec && i != end; i.increment(ec)) {
     std::error_code unknown;  // of a link that leads nowhere: listed as a file
-    std::string name = i->path().filename().string();
-    if (_fits(name, last) && i->is_directory(unknown) == dirs) names.push_back(std::move(name));
+    std::string name = NameOf(i->path());
+    if (!name.empty() && _fits(name, last) && i->is_directory(unknown) == dirs)
+      names.push_back(std::move(name));
   }
   return names;
 }

@@ -6,25 +6,22 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <string_view>
 
 #include "host/host.h"
 #include "host/posix.h"
+#include "host/sequence.h"
 
 namespace mox {
 
 namespace {
 
-constexpr int _keyEscape = 27;
 constexpr int _endMark = 0x1A;
 constexpr int _endOfFileKey = 4;
 constexpr int _forever = -1;
 constexpr int _sequenceWait = 50;  // ms in which the rest of an escape sequence arrives
-constexpr size_t _maxSequence = 16;
 
 // Bytes read and not yet taken: _buf[_pos] to _buf[_end - 1].
 unsigned char _buf[4096];
@@ -174,62 +171,8 @@ bool _have(size_t i, int ms) {
 
 int _take(int ms) { return _have(0, ms) ? _buf[_pos++] : keyEnd; }
 
-// What terminals send behind an Escape for their cursor and function keys.
-struct Sequence {
-  std::string_view text;
-  int scanCode;
-};
-constexpr Sequence _sequences[] = {
-    {"[A", 72},   {"[B", 80},   {"[C", 77},   {"[D", 75},   {"[H", 71},   {"[F", 79},
-    {"OA", 72},   {"OB", 80},   {"OC", 77},   {"OD", 75},   {"OH", 71},   {"OF", 79},
-    {"[1~", 71},  {"[2~", 82},  {"[3~", 83},  {"[4~", 79},  {"[5~", 73},  {"[6~", 81},
-    {"[7~", 71},  {"[8~", 79},  {"OP", 59},   {"OQ", 60},   {"OR", 61},   {"OS", 62},
-    {"[P", 59},   {"[Q", 60},   {"[R", 61},   {"[S", 62},   {"[[A", 59},  {"[[B", 60},
-    {"[[C", 61},  {"[[D", 62},  {"[[E", 63},  {"[11~", 59}, {"[12~", 60}, {"[13~", 61},
-    {"[14~", 62}, {"[15~", 63}, {"[17~", 64}, {"[18~", 65}, {"[19~", 66}, {"[20~", 67},
-    {"[21~", 68},
-};
-
-// The sequence ahead, the Escape taken: its text, empty when what comes is none.
-std::string _peekSequence() {
-  std::string text;
-  while (text.size() < _maxSequence && _have(text.size(), _sequenceWait)) {
-    const unsigned char c = _buf[_pos + text.size()];
-    text += static_cast<char>(c);
-    if (text.size() == 1) {
-      if (c != '[' && c != 'O') break;
-    } else if (text[0] == 'O' || text[1] == '[') {
-      if (text.size() == (text[0] == 'O' ? 2 : 3)) return text;
-    } else if (c >= 0x40 && c <= 0x7E) {
-      return text;
-    } else if (c < 0x20 || c > 0x7E) {
-      break;
-    }
-  }
-  return {};
-}
-
-// The sequence without the modifier keys: "[1;5C" is "[C", "[3;2~" is "[3~".
-std::string _plain(std::string sequence) {
-  const size_t semicolon = sequence.find(';');
-  if (semicolon == sequence.npos) return sequence;
-  const char final = sequence.back();
-  sequence.erase(final == '~' ? semicolon : 1);
-  return sequence += final;
-}
-
-// Folds the sequence behind an Escape into a scan code: 0 for a key that has none, -1 when the
-// Escape stands alone. Only an unknown key of the "[" kind is swallowed.
-int _foldSequence() {
-  const std::string sequence = _peekSequence();
-  if (sequence.empty()) return -1;
-  const std::string plain = _plain(sequence);
-  int scanCode = sequence[0] == '[' ? 0 : -1;
-  for (const Sequence& s : _sequences)
-    if (s.text == plain) scanCode = s.scanCode;
-  if (scanCode >= 0) _pos += sequence.size();
-  return scanCode;
-}
+// The i-th byte ahead of an escape sequence, which comes in one go.
+int _ahead(size_t i) { return _have(i, _sequenceWait) ? _buf[_pos + i] : keyEnd; }
 
 }  // namespace
 
@@ -241,7 +184,7 @@ void PosixLineMode() { _setMode(Mode::line); }
 void ansi_on() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
     if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) _exit(1);
-  std::signal(SIGXFSZ, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
 }
 
 int _getch() {
@@ -256,12 +199,13 @@ int _getch() {
     if (c == '\r') _skipLf = !_isTerminal();
     if (c == '\n') return '\r';
     if (c == 127 && _isTerminal()) return '\b';
-    if (c != _keyEscape) return c;
-    const int scanCode = _foldSequence();
-    if (scanCode < 0) return c;
-    if (scanCode == 0) continue;
-    _scanCode = scanCode;
-    return scanCode >= 59 && scanCode <= 68 ? 0 : 224;
+    if (c != keyEscape) return c;
+    const Sequence sequence = FoldSequence(_ahead);
+    if (sequence.scanCode < 0) return c;
+    _pos += sequence.length;
+    if (sequence.scanCode == 0) continue;
+    _scanCode = sequence.scanCode;
+    return FirstHalf(_scanCode);
   }
 }
 
@@ -302,9 +246,7 @@ bool OS_ReadLine(size_t max, std::string& line) {
   return max > 0;
 }
 
-void OS_CatchInterrupt() {
-  _handle(SIGINT, _onInterrupt, _beforeInterrupt);
-}
+void OS_CatchInterrupt() { _handle(SIGINT, _onInterrupt, _beforeInterrupt); }
 
 bool OS_Interrupted() { return _interrupted; }
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
+#include <vector>
 
 #include "run/handlers.h"
 #include "run/run_func.h"
@@ -27,6 +27,26 @@ std::string _mid(std::string_view text, int64_t p, int64_t n) {
   const int64_t offset = p < 1 ? 0 : p > length ? length : p - 1;
   return std::string(text.substr(static_cast<size_t>(offset),
                                  static_cast<size_t>(std::clamp<int64_t>(n, 0, length))));
+}
+
+// Position of the first needle in hay, from 1 on, or 0. Linear in time also for megabytes in which
+// the needle nearly fits everywhere.
+size_t _find(std::string_view hay, std::string_view needle) {
+  // border[i]: length of the longest text that both begins and ends the first i + 1 bytes, less
+  // than all of them.
+  std::vector<size_t> border(needle.size());
+  for (size_t i = 1, n = 0; i < needle.size(); ++i) {
+    while (n > 0 && needle[i] != needle[n]) n = border[n - 1];
+    if (needle[i] == needle[n]) ++n;
+    border[i] = n;
+  }
+  size_t fits = 0;
+  for (size_t i = 0; i < hay.size() && fits < needle.size(); ++i) {
+    while (fits > 0 && hay[i] != needle[fits]) fits = border[fits - 1];
+    if (hay[i] == needle[fits]) ++fits;
+    if (fits == needle.size()) return i + 2 - fits;
+  }
+  return needle.empty();
 }
 
 // The escape sequence that sets a color; 8 and above are the bright ones.
@@ -69,8 +89,7 @@ int OpRight(int depth, Stack& stk) {
 int OpInStr(int depth, Stack& stk) {
   std::string* const arg = Args(depth, stk, 2, 2, "INSTR(hay,needle)");
   if (!arg) return 0;
-  const size_t at = qs2s(arg[0]).find(qs2s(arg[1]));
-  arg[0] = N_ToVTLD(at == std::string::npos ? 0 : static_cast<double>(at + 1), countLength, 0);
+  arg[0] = N_ToVTLD(static_cast<double>(_find(qs2s(arg[0]), qs2s(arg[1]))), countLength, 0);
   return -2;
 }
 
@@ -119,8 +138,7 @@ int OpVal(int depth, Stack& stk) {
   if (!arg) return 0;
   const std::string text = qs2s(arg[0]);
   const Typ typ = GetTyp(text);
-  arg[0] = typ.type == 'N' ? N_ToVTLD(TxtToDbl(text), typ.length, typ.decimals)
-                           : N_ToVTLD(0, 2, 0);
+  arg[0] = typ.type == 'N' ? N_ToVTLD(TxtToDbl(text), typ.length, typ.decimals) : N_ToVTLD(0, 2, 0);
   return -1;
 }
 

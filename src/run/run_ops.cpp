@@ -77,7 +77,8 @@ constexpr CmpOp cmpOps[] = {
 
 // Sign of the comparison. The form of a alone decides whether texts or numbers are compared.
 int _compare(std::string_view a, std::string_view b) {
-  if (_isQuoted(a)) return _skipQuote(a).compare(_skipQuote(b));
+  b = _skipQuote(b);
+  if (_isQuoted(a)) return _skipQuote(a).compare(b);
   const double x = TxtToDbl(a);
   const double y = TxtToDbl(b);
   return x < y ? -1 : x > y;

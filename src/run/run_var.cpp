@@ -68,7 +68,7 @@ void _setTyp(int number, int type, int length, int decimals) {
 
 int _addToTop(int depth, Stack& stk, int change) {
   if (depth < 1) return 0;
-  stk[depth - 1] = std::to_string(DblToInt(TxtToDbl(stk[depth - 1]) + change));
+  stk[depth - 1] = std::to_string(DblToInt(TxtToDbl(stk[depth - 1])) + change);
   return 0;
 }
 

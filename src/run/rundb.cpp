@@ -104,6 +104,11 @@ void dspFlds() {
   }
 }
 
+std::string SourceText(const std::string& source) {
+  std::string content = qs2s(source);
+  return s2qs(content) == source ? content : source;
+}
+
 int dspExpr(Expr& e) {
   if (ScanCompile(e) != 0) return -1;
   std::string value;

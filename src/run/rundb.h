@@ -33,4 +33,8 @@ int ScanRecords(int start, int count, const std::string& condition,
 // The same with a condition that is compiled.
 void ScanRecords(int start, int count, Expr& condition, const std::function<bool()>& action);
 
+// The source of an expression as it was typed, or the content of a text when it is one quoted text
+// and no more.
+std::string SourceText(const std::string& source);
+
 }  // namespace mox

@@ -11,16 +11,6 @@
 
 namespace mox {
 
-namespace {
-
-// A key expression as it was typed, or the content of a text when it is one text and no more.
-std::string _keySource(const std::string& source) {
-  std::string content = qs2s(source);
-  return s2qs(content) == source ? content : source;
-}
-
-}  // namespace
-
 int OpSetNdx(int depth, Stack& stk) {
   const int n = StackInt(stk[depth - 1]);
   const int removed = n + 1;
@@ -35,7 +25,7 @@ int OpSetNdx(int depth, Stack& stk) {
 }
 
 int OpNdx(int depth, Stack& stk) {
-  if (DbChk()) dbIndexOnTo(_keySource(stk[depth - 2]), qs2s(stk[depth - 1]), g_opt[optTALK]);
+  if (DbChk()) dbIndexOnTo(SourceText(stk[depth - 2]), qs2s(stk[depth - 1]), g_opt[optTALK]);
   return -2;
 }
 

@@ -226,7 +226,7 @@ int OpSum1(int depth, Stack& stk) {
   }
   std::vector<Sum> sums;
   for (int i = 0; i < at.n; ++i)
-    sums.push_back({Expr(qs2s(stk[at.firstExpr + i]), scanSteps)});
+    sums.push_back({Expr(SourceText(stk[at.firstExpr + i]), scanSteps)});
   bool complete = true;
   const auto action = [&] {
     if (g_opt[optDELETED] && dbDELETED(selectedArea)) return true;

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "host/host.h"
+#include "host/path.h"
 
 namespace mox {
 
@@ -25,32 +26,35 @@ FpSlot k7_fp[_fpSlots];
 bool _isOpen(int slot) { return slot >= 0 && slot < _fpSlots && k7_fp[slot].stream; }
 
 // The file to which the path leads, or the path when there is none yet.
-std::string _behindLinks(const std::string& path) {
+fs::path _behindLinks(const std::string& path) {
   std::error_code ec;
-  const fs::path file = fs::canonical(path, ec);
-  return ec ? path : file.string();
+  const fs::path file = fs::canonical(PathOf(path), ec);
+  return ec ? PathOf(path) : file;
 }
 
 }  // namespace
 
 File FileOpen(const std::string& path, const char* mode) {
+  const fs::path named = PathOf(path);
   std::error_code ec;
-  if (fs::is_directory(path, ec)) return nullptr;
+  const fs::file_status status = fs::status(named, ec);
+  // A named pipe might never open.
+  if (named.empty() || fs::is_directory(status) || fs::is_fifo(status)) return nullptr;
   return File(std::fopen(path.c_str(), mode));
 }
 
 std::string FnFind(const std::string& path) {
+  const fs::path asked = PathOf(path);
   std::error_code ec;
-  const fs::file_status status = fs::status(path, ec);
+  const fs::file_status status = fs::status(asked, ec);
   if (fs::exists(status) && !fs::is_directory(status)) return path;
 
-  const fs::path asked(path);
-  const std::string name = asked.filename().string();
+  const std::string name = NameOf(asked);
   if (name.empty()) return path;
   const fs::path dir = asked.has_parent_path() ? asked.parent_path() : fs::path(".");
   std::string found;
   for (fs::directory_iterator i(dir, ec), end; !ec && i != end; i.increment(ec)) {
-    std::string other = i->path().filename().string();
+    std::string other = NameOf(i->path());
     std::error_code noFile;
     if (StrICmp(other, name) != 0 || !i->is_regular_file(noFile)) continue;
     if (!found.empty()) return path;
@@ -62,43 +66,47 @@ std::string FnFind(const std::string& path) {
 
 bool SameFile(const std::string& a, const std::string& b) {
   std::error_code ec;
-  return fs::equivalent(a, b, ec) && !ec;
+  return fs::equivalent(PathOf(a), PathOf(b), ec) && !ec;
 }
 
 bool FileDelete(const std::string& path) {
+  const fs::path file = PathOf(path);
   std::error_code ec;
-  return !fs::is_directory(path, ec) && fs::remove(path, ec);
+  return !fs::is_directory(file, ec) && fs::remove(file, ec);
 }
 
 bool FileRename(const std::string& from, const std::string& to) {
+  const fs::path before = PathOf(from), after = PathOf(to);
   std::error_code ec;
-  if (!fs::exists(from, ec) || fs::is_directory(from, ec)) return false;
-  if (fs::exists(fs::symlink_status(to, ec)) && !SameFile(from, to)) return false;
-  fs::rename(from, to, ec);
+  if (!fs::exists(before, ec) || fs::is_directory(before, ec)) return false;
+  if (fs::exists(fs::symlink_status(after, ec)) && !SameFile(from, to)) return false;
+  fs::rename(before, after, ec);
   return !ec;
 }
 
 std::string FileBeside(const std::string& path) {
-  const std::string target = _behindLinks(path);
+  const fs::path target = _behindLinks(path);
   std::error_code ec;
   for (int i = 0; i < _maxSpare; ++i) {
-    const std::string beside = target + '.' + std::to_string(i);
-    if (!fs::exists(fs::symlink_status(beside, ec))) return beside;
+    fs::path beside = target;
+    beside += '.' + std::to_string(i);
+    if (!fs::exists(fs::symlink_status(beside, ec))) return TextOf(beside);
   }
   return {};
 }
 
 bool FileReplace(const std::string& beside, const std::string& path) {
-  const std::string target = _behindLinks(path);
+  const fs::path made = PathOf(beside), target = _behindLinks(path);
   std::error_code ec;
   bool sound = true;
   if (fs::exists(target, ec)) {
-    sound = FileOpen(target, "r+b") != nullptr;  // what may not be written isn't replaced either
-    if (sound) fs::permissions(beside, fs::status(target, ec).permissions(), ec);
+    // What may not be written isn't replaced either.
+    sound = FileOpen(TextOf(target), "r+b") != nullptr;
+    if (sound) fs::permissions(made, fs::status(target, ec).permissions(), ec);
   }
-  if (sound) fs::rename(beside, target, ec);
+  if (sound) fs::rename(made, target, ec);
   if (sound && !ec) return true;
-  fs::remove(beside, ec);
+  fs::remove(made, ec);
   return false;
 }
 

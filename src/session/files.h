@@ -18,7 +18,7 @@ struct FileCloser {
 // A stream that closes with its owner.
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Opens the path as it stands; null when it can't be opened or is a directory.
+// Opens the path as it stands; null when it can't be opened or is a directory or a named pipe.
 File FileOpen(const std::string& path, const char* mode);
 
 // The name of an existing file: the path as it stands if such a file is there, else the one file
@@ -33,9 +33,9 @@ bool FileDelete(const std::string& path);
 // Renames a file, not a directory, to a name that no other file has: false when it can't.
 bool FileRename(const std::string& from, const std::string& to);
 // Makes the file hold these bytes. They are written to a file beside it first, so that a full disk
-// leaves what was there: false then, and whenever it can't be done. The mode "wx" makes the line
+// leaves what was there: false then, and whenever it can't be done. The mode "w" makes the line
 // ends those of the host.
-bool FileWrite(const std::string& path, std::string_view bytes, const char* mode = "wbx");
+bool FileWrite(const std::string& path, std::string_view bytes, const char* mode = "wb");
 // The two halves of that: a name that no file has beside the one to which the path leads, through
 // links too, or an empty text; and the move of a complete file from there to its place, with the
 // permissions that the replaced one had. FileReplace removes the new file when it can't: false.

@@ -98,10 +98,11 @@ std::string s2qs(std::string_view text) {
   std::string quoted;
   quoted.reserve(text.size() + 2);
   quoted += '"';
-  for (const char c : text) {
-    if (c == '"') quoted += '"';
-    quoted += c;
+  for (size_t quote; (quote = text.find('"')) != text.npos; text.remove_prefix(quote + 1)) {
+    quoted += text.substr(0, quote);
+    quoted += "\"\"";
   }
+  quoted += text;
   return quoted += '"';
 }
 

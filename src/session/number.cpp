@@ -18,6 +18,7 @@ constexpr int _minInt = std::numeric_limits<int>::min();
 // No double has more digits than these before or behind its point: what goes beyond is zeros.
 constexpr int _maxWhole = 309;
 constexpr int _maxDecimals = 1074;
+constexpr int _maxExact = 15;      // digits that a double always holds
 constexpr int _dfltDecimals = 6;  // what a negative count of decimals means
 
 bool _isDigit(const char* p, const char* end) { return p < end && *p >= '0' && *p <= '9'; }
@@ -84,6 +85,12 @@ double TxtToDbl(std::string_view text) {
   const bool minus = _skipSign(p, end);
   // The library would also take a sign, "inf" and "nan" here.
   if (!_isDigit(p, end) && !(p < end && *p == '.' && _isDigit(p + 1, end))) return 0;
+  // Most numbers are short integers, which need no care.
+  int64_t whole = 0;
+  const char* q = p;
+  while (q < end && q - p < _maxExact && _isDigit(q, end)) whole = 10 * whole + (*q++ - '0');
+  if (q > p && (q == end || (*q != '.' && *q != 'e' && *q != 'E' && !_isDigit(q, end))))
+    return static_cast<double>(minus ? -whole : whole);
   double x = 0;
   const auto [stop, ec] = std::from_chars(p, end, x);
   if (ec == std::errc::result_out_of_range) x = _isHuge(p, stop) ? _maxDbl : 0;

@@ -25,6 +25,11 @@ std::string _row0;  // image of the record before the change that is under way
 
 bool _slotInRange(int slot) { return slot >= 0 && slot < maxIndexes; }
 
+// True for a slot of an area that there is.
+bool _hasSlot(int area, int slot) {
+  return area >= selectedArea && area < maxAreas && _slotInRange(slot);
+}
+
 // The key text of a value; a logical has none.
 std::string _keyOf(std::string_view value) {
   if (value.empty() || value[0] == '"') return qs2s(value);
@@ -204,15 +209,15 @@ int dbSetIndex(int area, int slot, std::string_view filename) {
   return result;
 }
 
-int dbNdxs(int area) { return dbAreaOf(area).ndxs; }
+int dbNdxs(int area) { return _hasSlot(area, 0) ? dbAreaOf(area).ndxs : 0; }
 bool dbINDEXED(int area) { return dbNdxs(area) > 0; }
 
 std::string dbNdxFn(int area, int slot) {
-  return _slotInRange(slot) ? ndxGetFn(dbAreaOf(area).index[slot]) : std::string();
+  return _hasSlot(area, slot) ? ndxGetFn(dbAreaOf(area).index[slot]) : std::string();
 }
 
 std::string dbNdxExpr(int area, int slot) {
-  return _slotInRange(slot) ? ndxGetExpr(dbAreaOf(area).index[slot]) : std::string();
+  return _hasSlot(area, slot) ? ndxGetExpr(dbAreaOf(area).index[slot]) : std::string();
 }
 
 void dbRepl0(int area) {

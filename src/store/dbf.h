@@ -49,32 +49,32 @@ constexpr int dbfHeaderSize = 521;
 
 // Results beside 0. The moves use -2 for a target outside the table.
 enum DbfResult {
-  dbfClosed = -1,      // the table isn't open; at dbfOpen: no such file
-  dbfShort = -2,       // dbfOpen: shorter than the header
+  dbfClosed = -1,  // the table isn't open; at dbfOpen: no such file
+  dbfShort = -2,   // dbfOpen: shorter than the header
   dbfWrongVersion = -3,
-  dbfOutside = -2,     // a move: outside 1 to rmax
+  dbfOutside = -2,  // a move: outside 1 to rmax
   dbfCantCreate = -2,
-  dbfFull = -4,        // dbfAppend: the table holds maxRecords
-  dbfCantWrite = -5,   // the host refused a write (a full disk, a size limit)
+  dbfFull = -4,       // dbfAppend: the table holds maxRecords
+  dbfCantWrite = -5,  // the host refused a write (a full disk, a size limit)
 };
 
 struct DbfTable {
-  std::string name;  // as opened, with its extension
-  File fp;           // null: the table is closed
-  int rmax = 0;      // record count
+  std::string name;           // as opened, with its extension
+  File fp;                    // null: the table is closed
+  int rmax = 0;               // record count
   std::array<int, 3> date{};  // day, month, year as read at open
   int rowsize = 1;
-  int recno = 0;     // current record, from 1
+  int recno = 0;  // current record, from 1
   int cols = 0;
   std::array<std::string, maxFields> names;
   std::array<int, maxFields> pos{};  // place in the record, the first field at 1
   std::array<char, maxFields> typ{};
   std::array<int, maxFields> len{};
   std::array<int, maxFields> dec{};
-  std::string row;   // the record buffer, rowsize bytes
+  std::string row;  // the record buffer, rowsize bytes
   bool eof = false;
-  bool dirty = false;  // changed since it was opened: dbfClose then writes the date
-  int packed = 0;      // records kept by the last dbfPack
+  bool dirty = false;      // changed since it was opened: dbfClose then writes the date
+  int packed = 0;          // records kept by the last dbfPack
   int limit = maxRecords;  // of dbfAppend; a sort raises it for its records behind the table
   std::unique_ptr<Blocks> blocks;  // of a buffered table
 };

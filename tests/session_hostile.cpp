@@ -1,0 +1,85 @@
+// What no person types: the program takes any input and ends with status 0, silent on its error
+// stream, and loses nothing on disk.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+
+#include "session_run.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Hostile : testing::Test {
+  fs::path base =
+      fs::temp_directory_path() / ("mox-hostile-" + std::to_string(std::random_device()()));
+  Hostile() { fs::create_directories(base / "dir"); }
+  ~Hostile() override { fs::remove_all(base); }
+
+  static std::string Read(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+  void Write(const char* name, const std::string& bytes) const {
+    std::ofstream(base / name, std::ios::binary) << bytes;
+  }
+  // What the program prints behind the banner, when the input is typed at it.
+  std::string Type(const std::string& input) const {
+    Write("in", input);
+    EXPECT_EQ(RunProgram(MOX_PROGRAM, {}, base / "dir", base), "") << input.substr(0, 200);
+    EXPECT_EQ(Read(base / "err"), "") << input.substr(0, 200);
+    const std::string out = Read(base / "out");
+    return out.substr(std::min(out.find(". "), out.size()));
+  }
+};
+
+std::string Times(int n, const std::string& text) {
+  std::string all;
+  while (n-- > 0) all += text;
+  return all;
+}
+
+TEST_F(Hostile, LongLinesAndBlocks) {
+  // 10,000 characters come as lines of 131; a block takes 1,000.
+  EXPECT_EQ(Type("*" + std::string(10000, 'x') + "\n").find(". *** SYNTAX ERROR"), 2u);
+  EXPECT_NE(Type("?? \"" + std::string(10000, 'x')).find("LINE 1: xxx"), std::string::npos);
+  const std::string block = Type("IF T\n" + Times(1998, "\n") + "ENDIF\n? 7\n");
+  EXPECT_NE(block.find("> BLOCK TOO LONG \n. . "), std::string::npos);
+  EXPECT_TRUE(block.ends_with(". *** SYNTAX ERROR *** nesting error\nLINE 1: ENDIF\n.   7 \n. \n"));
+  EXPECT_TRUE(Type("IF T\n" + Times(997, "\n") + "? 7\nENDIF\n").ends_with(">   7 \n. \n"));
+}
+
+TEST_F(Hostile, TheInputEndsAnywhere) {
+  const std::string session =
+      "CREATE t\nA,C,3\n\nUSE t\nAPPEND BLANK\nDISPLAY STATUS\n IF T\nTEXT\n?\nENDTEXT\nENDIF\n"
+      "SET STEP ON\nDO f\nyn? 1\nDO WHILE F\n? ;\nENDDO\n;? \"\n";
+  Write("dir/f.cmd", "? 1\n? 2\n? 3\n");
+  for (size_t length = 0; length <= session.size(); length += 3) Type(session.substr(0, length));
+}
+
+TEST_F(Hostile, RandomBytesAndDamagedFiles) {
+  std::mt19937 random(1);
+  const auto bytes = [&](int n, const std::string& from) {
+    std::string text;
+    while (n-- > 0)
+      text += from.empty() ? static_cast<char>(random()) : from[random() % from.size()];
+    return text;
+  };
+  const std::string typed =
+      "USE t\nLIST\nDISPLAY STRUCTURE\nGOTO 9\nLIST FOR #>60000\nSUM 1\nDISPLAY FILES\nDO f\n";
+  for (int i = 0; i < 12; ++i) {
+    // A header of few random bytes among zeros, and a file that is too short for its count.
+    std::string table = "\x02" + bytes(2, "") + std::string(518, '\0') + bytes(300, "");
+    for (int k = 0; k < 60; ++k) table[3 + random() % 518] = static_cast<char>(random());
+    Write("dir/t.dbf", table);
+    Write("dir/f.cmd", bytes(400, ""));
+    Type(typed + bytes(2000, "") + "\n" + bytes(1000, "AT1\"'(),.:;*?&=<\n LISTORE\x1a\0\xFF"));
+    EXPECT_EQ(Read(base / "dir/t.dbf"), table);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,189 @@
+// Whole tables: values of text lines, buffered tables, the sort, refused writes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "commands/moxcopy.h"
+#include "commands/moxsort.h"
+#include "commands/moxtotal.h"
+#include "commands/sdf.h"
+#include "run/run_nest.h"
+#include "session/error.h"
+#include "store/db.h"
+
+namespace mox {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Bytes(const std::string& name) {
+  std::ifstream in(name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+TEST(Csv, Values) {
+  struct {
+    const char *line, *delimiter;
+    Lines values;
+  } cases[] = {
+      {"a,b", ",", {"a", "b"}},
+      {" \ta b , \"c,\"\"d\" ,", ",", {"a b ", "\"c,\"\"d\""}},
+      {"a,,\t,d", ",", {"a", "", "", "d"}},
+      {",", ",", {""}},
+      {"a, ", ",", {"a", ""}},
+      {"\"a\"x,b", ",", {"\"a\""}},
+      {"\"open,b", ",", {"\"open", "b"}},
+      {"\"\",\"", ",", {"\"\"", "\""}},
+      {"1--2-3--4--5--6", "--", {"1", "2-3", "4", "5"}},
+      {"", ",", {}},
+  };
+  for (const auto& c : cases) {
+    Lines values;
+    EXPECT_EQ(static_cast<int>(c.values.size()), getCSV(c.line, c.delimiter, 4, values)) << c.line;
+    EXPECT_EQ(c.values, values) << c.line;
+  }
+}
+
+// Each test runs in an empty directory of its own.
+class Tables : public testing::Test {
+ protected:
+  void SetUp() override {
+    dir = fs::temp_directory_path() / ("tables" + std::to_string(std::random_device{}()));
+    ASSERT_TRUE(fs::create_directory(dir));
+    fs::current_path(dir);
+    dbInit();
+    errnum = errNone;
+  }
+  void TearDown() override {
+    dbInit();
+    fs::current_path(home);
+    fs::remove_all(dir);
+  }
+
+  // A table of a number and a text that few records share, in no order.
+  void Make(const std::string& name, int records) {
+    DbfTable t;
+    ASSERT_EQ(0, dbfCreate(t, name));
+    dbfFld(t, 1, "NUM", 'N', 6, 0);
+    dbfFld(t, 2, "KEY", 'C', 5, 0);
+    ASSERT_EQ(0, dbfFld(t, 0, "", ' ', 0, 0));
+    dbfBuffer(t);
+    for (int i = 1; i <= records; ++i) {
+      ASSERT_EQ(0, dbfAppend(t));
+      fldput(t, 0, std::to_string(i));
+      fldput(t, 1, std::to_string(random() % (records + 1)));
+      ASSERT_EQ(0, dbfReplace(t));
+    }
+    ASSERT_EQ(0, dbfClose(t));
+  }
+
+  Lines Records(const std::string& name) {
+    DbfTable t;
+    EXPECT_EQ(0, dbfOpen(t, name));
+    dbfBuffer(t);
+    Lines records;
+    for (dbfSkipTo(t, 1); !dbfEOF(t); dbfSkip(t, 1)) records.push_back(t.row);
+    EXPECT_EQ(records.size(), static_cast<size_t>(t.rmax));
+    return records;
+  }
+
+  fs::path dir, home = fs::current_path();
+  std::mt19937 random{7};
+};
+
+// The same history on a buffered and on an unbuffered table gives the same bytes; records of 1001
+// bytes lie across the blocks.
+TEST_F(Tables, BufferedTableIsTheSameOnDisk) {
+  DbfTable t[2];
+  for (int i : {0, 1}) {
+    ASSERT_EQ(0, dbfCreate(t[i], i ? "B.dbf" : "A.dbf"));
+    for (int f = 1; f <= 4; ++f) dbfFld(t[i], f, "F" + std::to_string(f), 'C', 250, 0);
+    ASSERT_EQ(0, dbfFld(t[i], 0, "", ' ', 0, 0));
+  }
+  dbfBuffer(t[1]);
+  for (int step = 0; step < 5000; ++step) {
+    const unsigned what = random() % 8, number = random();
+    for (DbfTable& table : t) {
+      if (what < 3 && table.rmax < 600) dbfAppend(table);
+      if (what == 3) dbfRemove(table);
+      if (what > 3 && table.rmax > 0) dbfSkipTo(table, static_cast<int>(number % table.rmax) + 1);
+      if (what > 3) fldput(table, static_cast<int>(number % 4), "x" + std::to_string(number));
+      if (what > 3) dbfReplace(table);
+      if (what == 7) dbfDelete(table);
+    }
+    ASSERT_EQ(t[0].row, t[1].row);
+    ASSERT_EQ(t[0].recno, t[1].recno);
+    ASSERT_EQ(t[0].eof, t[1].eof);
+    if (step % 1000 == 999) ASSERT_EQ(0, dbfFlush(t[1]));
+  }
+  for (DbfTable& table : t) EXPECT_EQ(0, dbfClose(table));
+  EXPECT_TRUE(Bytes("A.dbf") == Bytes("B.dbf"));
+}
+
+TEST_F(Tables, SortOfAnySize) {
+  for (int n : {0, 1, 8, 9, 1000, maxRecords}) {
+    dbInit();
+    Make("T.dbf", n);
+    ASSERT_EQ(0, dbOpen(0, "T"));
+    ASSERT_EQ(0, MoxSort("KEY", "S", n % 2 ? sortDescending : sortAscending));
+    Lines all = Records("T.dbf"), sorted = Records("S.dbf");
+    const auto key = [](const std::string& row) { return row.substr(7, 5); };
+    EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.end(), [&](const auto& a, const auto& b) {
+      return n % 2 ? key(a) > key(b) : key(a) < key(b);
+    })) << n;
+    std::sort(all.begin(), all.end());
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_TRUE(all == sorted) << n;
+    const size_t stand = n > 8 ? 2 * n : n;
+    EXPECT_EQ(dbfHeaderSize + stand * 12 + 1, fs::file_size("S.dbf"));
+    EXPECT_EQ(0x1A, Bytes("S.dbf")[dbfHeaderSize + n * 12]);
+  }
+}
+
+// Writes to /dev/full fail like writes to a full disk.
+TEST_F(Tables, RefusedWriteLeavesNoTargetAndTheSource) {
+  if (!fs::exists("/dev/full")) GTEST_SKIP();
+  Make("T.dbf", 5000);
+  const std::string before = Bytes("T.dbf");
+  ASSERT_EQ(0, dbOpen(0, "T"));
+  fs::create_symlink("/dev/full", "F.dbf");
+  fs::create_symlink("/dev/full", "F.TXT");
+  const auto refused = [](int result) {
+    EXPECT_NE(0, result);
+    EXPECT_EQ(errSet, errnum);
+    EXPECT_EQ("CANNOT WRITE FILE F", errmsg->substr(0, 19));
+    errnum = errNone;
+  };
+  refused(moxCpyToDbf(0, 99999, {}, "F", "1=1"));
+  refused(moxCpyToSdf(0, 99999, {}, "F.TXT", "1=1", ""));
+  refused(MoxSort("KEY", "F", sortAscending));
+  refused(moxTotal("F", "KEY", {}));
+  EXPECT_EQ(dbfCantWrite, dbCopyData(0, {}, "F"));
+  EXPECT_TRUE(before == Bytes("T.dbf"));
+  EXPECT_TRUE(fs::exists("/dev/full"));
+  dbInit();
+  Make("FULL.dbf", maxRecords);
+  ASSERT_EQ(0, dbOpen(0, "FULL"));
+  EXPECT_NE(0, moxApndFmDBF("T", "1=1"));
+  EXPECT_EQ("TABLE IS FULL FULL.dbf", *errmsg);
+  EXPECT_EQ(static_cast<size_t>(maxRecords), Records("FULL.dbf").size());
+}
+
+TEST_F(Tables, CopyOfTheLiveRecordsComesBack) {
+  Make("T.dbf", 5);
+  ASSERT_EQ(0, dbOpen(0, "T"));
+  dbSkipTo(0, 2);
+  dbDelete(0);
+  dbSkipTo(0, 4);
+  EXPECT_EQ(0, dbCopyData(0, {"KEY"}, "C"));
+  EXPECT_EQ(4, dbRECNO(0));
+  EXPECT_EQ(4u, Records("C.dbf").size());
+  EXPECT_EQ(-1, dbCopyStruc(0, {"NUM", "NOPE", "KEY"}, "D"));
+  EXPECT_EQ(dbfHeaderSize + 1u, fs::file_size("D.dbf"));
+}
+
+}  // namespace
+}  // namespace mox
