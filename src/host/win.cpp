@@ -273,6 +273,9 @@ int _getch() {
   }
 }
 
+// The console keeps keys as they are typed, whatever the mode, up to the read.
+void OS_HoldKeys(bool) {}
+
 bool _kbhit() {
   _dropLf();
   if (_scanCode >= 0 || _pos < _buf.size()) return true;

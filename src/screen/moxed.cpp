@@ -193,7 +193,7 @@ int MoxEd(const std::string& path) {
   if (key == keySave) {
     std::string text;
     for (std::string& line : lines) text += trim(line) + '\n';
-    if (!FileWrite(FnFind(path), text, "wx")) {
+    if (!FileWrite(FnFind(path), text, "w")) {
       SetErr("CANT SAVE FILE", "");
       result = -1;
     }
