@@ -141,7 +141,7 @@ int ScanRecords(int start, int count, const std::string& condition,
   Expr test(condition, scanSteps);
   if (ScanCompile(test) != 0) return -1;
   ScanRecords(start, count, test, action);
-  return 0;
+  return Interrupted() ? -1 : 0;
 }
 
 void ScanRecords(int start, int count, Expr& condition, const std::function<bool()>& action) {
