@@ -117,9 +117,8 @@ std::optional<Equality> _equality(const Program& p) {
 std::string _common(const Equality& e, int area) {
   const std::string name = af(area, dbName(area, e.fields[area]));
   std::string value = *GetDb(name);
-  if (!e.isText) return FmtSci(TxtToDbl(value) + 0.0, exactDigits);  // + 0.0: no minus zero
   if (value[0] == '"') value.erase(0, 1);
-  return value;
+  return e.isText ? value : FmtSci(TxtToDbl(value) + 0.0, exactDigits);  // + 0.0: no minus zero
 }
 
 // True on a record, until an error of the condition or Ctrl-C ends the statement.
