@@ -9,6 +9,7 @@
 #include "run/rundb.h"
 #include "session/error.h"
 #include "session/options.h"
+#include "session/session.h"
 #include "store/db.h"
 
 namespace mox {
@@ -110,7 +111,8 @@ int moxApndFmDBF(const std::string& filename, const std::string& condition) {
   const std::vector<FieldPair> pairs = _appendPairs(source);
   int tally = 0;
   int result = 0;
-  for (dbfSkipTo(source, 1); !dbfEOF(source) && result == 0; dbfSkip(source, 1)) {
+  dbfSkipTo(source, 1);
+  for (; !dbfEOF(source) && result == 0 && !Interrupted(); dbfSkip(source, 1)) {
     if (dbfDELETED(source)) continue;
     if ((result = dbAppend(selectedArea)) != 0) break;
     dbRepl0(selectedArea);

@@ -14,6 +14,7 @@
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
+#include "session/session.h"
 #include "store/db.h"
 
 namespace mox {
@@ -116,19 +117,21 @@ std::optional<Equality> _equality(const Program& p) {
 std::string _common(const Equality& e, int area) {
   const std::string name = af(area, dbName(area, e.fields[area]));
   std::string value = *GetDb(name);
-  if (!e.isText) return FmtSci(TxtToDbl(value) + 0.0, exactDigits);  // + 0.0: no minus zero
   if (value[0] == '"') value.erase(0, 1);
-  return value;
+  return e.isText ? value : FmtSci(TxtToDbl(value) + 0.0, exactDigits);  // + 0.0: no minus zero
 }
+
+// True on a record, until an error of the condition or Ctrl-C ends the statement.
+bool _goesOn(int area) { return !dbEOF(area) && !Interrupted() && errnum == errNone; }
 
 int _joinEqual(DbfTable& t, const std::vector<JoinField>& fields, const Equality& e) {
   dbSkipTo(primary, 0);
   if (dbEOF(primary)) return 0;
   std::unordered_map<std::string, std::vector<int>> partners;
-  for (dbSkipTo(secondary, 0); !dbEOF(secondary); dbSkip(secondary, 1))
+  for (dbSkipTo(secondary, 0); _goesOn(secondary); dbSkip(secondary, 1))
     partners[_common(e, secondary)].push_back(dbRECNO(secondary));
   const int last = dbRECNO(secondary);
-  for (; !dbEOF(primary); dbSkip(primary, 1)) {
+  for (; _goesOn(primary); dbSkip(primary, 1)) {
     const auto found = partners.find(_common(e, primary));
     if (found == partners.end()) continue;
     for (const int recno : found->second) {
@@ -144,8 +147,8 @@ int _joinEqual(DbfTable& t, const std::vector<JoinField>& fields, const Equality
 int _joinRecords(DbfTable& t, const std::vector<JoinField>& fields, Expr& condition) {
   if (const std::optional<Equality> e = _equality(*condition.program))
     return _joinEqual(t, fields, *e);
-  for (dbSkipTo(primary, 0); !dbEOF(primary); dbSkip(primary, 1)) {
-    for (dbSkipTo(secondary, 0); !dbEOF(secondary); dbSkip(secondary, 1)) {
+  for (dbSkipTo(primary, 0); _goesOn(primary); dbSkip(primary, 1)) {
+    for (dbSkipTo(secondary, 0); _goesOn(secondary); dbSkip(secondary, 1)) {
       if (!Qualifies(condition)) continue;
       if (const int result = _addPair(t, fields); result != 0) return result;
     }

@@ -15,6 +15,7 @@
 #include "run/rundb.h"
 #include "session/error.h"
 #include "session/options.h"
+#include "session/session.h"
 #include "store/db.h"
 
 namespace mox {
@@ -91,18 +92,19 @@ int _copyBack(Sort& s, int first, int last, int base) {
   return result;
 }
 
-// Merges run A, from a1 on, and run B, from b1 to b2, its neighbour.
+// Merges run A, from a1 on, and run B, from b1 to b2, its neighbour. Interrupted, it leaves both
+// as they were: what comes behind the first record copied back is done to its end.
 int _merge(Sort& s, int a1, int b1, int b2) {
   const int base = s.t.rmax + 1;
   RKV a, b;
   _rdRKV(s, a1, a);
   _rdRKV(s, b1, b);
   int result = 0;
-  while (result == 0 && (a.recno < b1 || b.recno <= b2)) {
+  while (result == 0 && !Interrupted() && (a.recno < b1 || b.recno <= b2)) {
     const bool takeA = b.recno > b2 || (a.recno < b1 && _isBefore(s, a, b));
     result = takeA ? _take(s, a, b1 - 1) : _take(s, b, b2);
   }
-  if (result == 0) result = _copyBack(s, a1, b2, base);
+  if (result == 0 && !Interrupted()) result = _copyBack(s, a1, b2, base);
   if (result != 0) return result;
   s.t.rmax = base - 1;
   result = dbfAppend(s.t);  // with dbfRemove: the count and the end mark
@@ -111,7 +113,7 @@ int _merge(Sort& s, int a1, int b1, int b2) {
 
 int _sort(Sort& s, int lo, int hi) {
   const int n = hi - lo + 1;
-  if (n < 2) return 0;
+  if (n < 2 || Interrupted()) return 0;
   if (n <= maxInMemory) return _sortInMemory(s, lo, n);
   const int mid = (hi + lo) / 2;
   int result = _sort(s, lo, mid);
@@ -130,7 +132,7 @@ int MoxSort(const std::string& field, const std::string& filename, int order) {
   if (s.field < 0) return -1;
   s.t.limit = 2 * maxRecords + 1;
   const int result = _sort(s, 1, s.t.rmax);
-  return TargetClose(s.t, result) == 0 ? 0 : -2;
+  return TargetClose(s.t, result) == 0 && errnum == errNone ? 0 : -2;
 }
 
 int OpSort(int depth, Stack& stk) {

@@ -9,6 +9,7 @@
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
+#include "session/session.h"
 #include "store/db.h"
 
 namespace mox {
@@ -96,7 +97,8 @@ int moxTotal(const std::string& filename, const std::string& key, const Lines& n
   int groups = 0;
   int result = 0;
   dbTop(selectedArea);
-  for (_passDeleted(); !dbEOF(selectedArea) && result == 0; _passDeleted()) {
+  _passDeleted();
+  for (; !dbEOF(selectedArea) && result == 0 && !Interrupted(); _passDeleted()) {
     result = _totalRun(t, keyField, fields);
     if (result == 0 && ++groups % toldRecords == 0) _tell(groups);
   }

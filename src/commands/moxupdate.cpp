@@ -8,6 +8,7 @@
 #include "run/rundb.h"
 #include "session/error.h"
 #include "session/number.h"
+#include "session/session.h"
 #include "store/db.h"
 
 namespace mox {
@@ -57,7 +58,7 @@ int moxUpdate(int area, const std::string& filename, const std::string& key, con
   if (keyFrom < 0) return _refuse("VARIABLE CANNOT BE FOUND", key);
   dbTop(area);
   dbfSkipTo(source, 1);
-  while (!dbEOF(area) && !dbfEOF(source) && errnum == errNone) {
+  while (!dbEOF(area) && !dbfEOF(source) && errnum == errNone && !Interrupted()) {
     const int sign = _compare(dbTyp(area, keyTo), dbVal(area, keyTo), fldget(source, keyFrom));
     if (sign < 0) {
       dbSkip(area, 1);

@@ -11,6 +11,7 @@
 #include "session/error.h"
 #include "session/files.h"
 #include "session/options.h"
+#include "session/session.h"
 #include "store/db.h"
 
 namespace mox {
@@ -140,7 +141,8 @@ int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
   if (ScanCompile(test) != 0) return -1;
   int tally = 0;
   int result = 0;
-  for (std::string line; result == 0 && ReadTextLine(f.get(), maxTextLine, line);) {
+  std::string line;
+  while (result == 0 && !Interrupted() && ReadTextLine(f.get(), maxTextLine, line)) {
     if ((result = dbAppend(selectedArea)) != 0) break;
     dbRepl0(selectedArea);
     rm_nl(line);
