@@ -116,13 +116,14 @@ std::optional<Equality> _equality(const Program& p) {
 // What two records must have in common, as the comparison of their values sees it.
 std::string _common(const Equality& e, int area) {
   const std::string name = af(area, dbName(area, e.fields[area]));
-  std::string value = *GetDb(name);
-  if (value[0] == '"') value.erase(0, 1);
-  return e.isText ? value : FmtSci(TxtToDbl(value) + 0.0, exactDigits);  // + 0.0: no minus zero
+  const std::string value = *GetDb(name);
+  const std::string_view bare = std::string_view(value).substr(value.starts_with('"') ? 1 : 0);
+  if (e.isText) return std::string(bare);
+  return FmtSci(TxtToDbl(bare) + 0.0, exactDigits);  // + 0.0: no minus zero
 }
 
-// True on a record, until an error of the condition or Ctrl-C ends the statement.
-bool _goesOn(int area) { return !dbEOF(area) && !Interrupted() && errnum == errNone; }
+// True on a record, until Ctrl-C ends the statement.
+bool _goesOn(int area) { return !dbEOF(area) && !Interrupted(); }
 
 int _joinEqual(DbfTable& t, const std::vector<JoinField>& fields, const Equality& e) {
   dbSkipTo(primary, 0);
