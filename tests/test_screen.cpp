@@ -150,6 +150,22 @@ TEST_F(ScreenTest, FormPlacesAndPictures) {
   Quit();
 }
 
+TEST_F(ScreenTest, NoTextRunsPastTheLastCell) {
+  Put("a.cmd",
+      "ERASE\n@ 20,3 SAY \"above\"\n@ 22,70 SAY \"12345678901234567890\"\n@ 23,60 GET "
+      "LONG\nREAD\n");
+  Table("p.dbf", {"LONG,C,60"}, {std::string(60, 'L')});
+  Start();
+  Lines({"USE p", "SET SCREEN ON"});
+  Do("DO a" + kEnter + "abc",
+     {{20, 3, "above"}, {22, 70, "1234567890"}, {23, 60, ":abc" + std::string(16, 'L')}});
+  Do(Repeat(kRight, 40) + "Z", {{20, 3, "above"}, {23, 60, ":abc" + std::string(16, 'L')}});
+  EXPECT_EQ(screen_->Cursor(), std::pair(23, 79));
+  Do(kSave);
+  EXPECT_EQ(Records("p.dbf"), " abc" + std::string(40, 'L') + "Z" + std::string(16, 'L'));
+  Quit();
+}
+
 TEST_F(ScreenTest, FieldEntry) {
   Put("a.cmd",
       "STORE \"abcd\" TO S\nSTORE \"q\" TO W\nERASE\n@ 5,0 GET S\n@ 6,0 GET W\nREAD\n? "

@@ -30,6 +30,14 @@ void _sequence(const char* text) {
 int _row(int row) { return std::clamp(row, 0, scrRows - 1); }
 int _col(int col) { return std::clamp(col, 0, scrCols - 1); }
 
+// The part of a text that the screen has room for from the place on: the last cell is the end,
+// since a text that ran past it would scroll the picture away.
+std::string_view _onScreen(int row, int col, std::string_view text) {
+  if (!g_opt[optSCREEN]) return text;
+  const int room = (scrRows - _row(row)) * scrCols - _col(col);
+  return text.substr(0, static_cast<size_t>(room));
+}
+
 }  // namespace
 
 void ScrClear() { _sequence("\033[2J"); }
@@ -56,16 +64,19 @@ void ScrClrEol(int row, int col) {
 
 void ScrSay(int row, int col, std::string_view text) {
   ScrTo(_row(row), _col(col));
-  _print(text);
+  _print(_onScreen(row, col, text));
 }
 
 void ScrSayRev(int row, int col, std::string_view text) {
-  const char* const colon = g_opt[optCOLON] ? ":" : "";
+  const std::string colon = g_opt[optCOLON] ? ":" : "";
+  const std::string field = colon + ScrPlain(text) + colon;
+  const std::string_view shown = _onScreen(row, col, field);
+  const std::string_view inside = shown.substr(colon.size(), text.size());
   ScrSay(row, col, colon);
   if (g_opt[optINTENSITY]) ScrRVid();
-  _print(ScrPlain(text));
+  _print(inside);
   if (g_opt[optINTENSITY]) ScrNVid();
-  _print(colon);
+  _print(shown.substr(colon.size() + inside.size()));
 }
 
 std::string ScrPlain(std::string_view text) {

@@ -47,7 +47,8 @@ void ScrTo(int row, int col);  // not bounded here
 void ScrNVid();                // white on black
 void ScrRVid();                // black on white
 
-// These take a place beyond the screen as one on its edge.
+// These take a place beyond the screen as one on its edge. A text that runs past the right edge
+// goes on in the next row; what would run past the last cell of the screen isn't drawn.
 void ScrClrEol(int row, int col);
 void ScrSay(int row, int col, std::string_view text);
 // Draws a text as a field, its control characters as blanks.
