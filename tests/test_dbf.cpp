@@ -27,6 +27,11 @@ class Dbf : public testing::Test {
     ASSERT_EQ(0, dbfOpen(t, "PEOPLE.DBF"));
   }
 
+  // The table stands there, and how the call before ended is as expected.
+  void At(int recno, bool eof, int got = 0, int result = 0) {
+    EXPECT_EQ(std::tuple(result, recno, eof), std::tuple(got, dbfRECNO(t), dbfEOF(t)));
+  }
+
   TempDir dir;
   DbfTable t;
 };
@@ -81,20 +86,19 @@ TEST_F(Dbf, FieldLimits) {
 
 TEST_F(Dbf, Moves) {
   People(5);
-  const auto expect = [this](int got, int result, int recno, bool eof) {
-    EXPECT_EQ(std::tuple(result, recno, eof), std::tuple(got, dbfRECNO(t), dbfEOF(t)));
-    EXPECT_EQ("  " + std::to_string(recno), fldget(t, 1));
-  };
-  expect(dbfSkipTo(t, -1), 0, 5, false);
-  expect(dbfSkipTo(t, 6), dbfOutside, 5, true);
-  expect(dbfSkip(t, 0), 0, 5, false);
-  expect(dbfSkip(t, 1), dbfOutside, 5, true);
-  expect(dbfSkip(t, -1), 0, 4, false);
-  expect(dbfSkipTo(t, 0), 0, 1, false);
-  expect(dbfSkip(t, INT_MAX), dbfOutside, 1, true);
+  At(5, false, dbfSkipTo(t, -1));
+  At(5, true, dbfSkipTo(t, 6), dbfOutside);
+  At(5, false, dbfSkip(t, 0));
+  At(5, true, dbfSkip(t, 1), dbfOutside);
+  At(4, false, dbfSkip(t, -1));
+  At(1, false, dbfSkipTo(t, 0));
+  At(1, true, dbfSkip(t, INT_MAX), dbfOutside);
+  EXPECT_EQ("  1", fldget(t, 1));
   EXPECT_EQ(0, dbfAppend(t));
-  EXPECT_EQ(std::tuple(6, true), std::tuple(dbfRECNO(t), dbfEOF(t)));
-  expect(dbfRemove(t), 0, 5, false);
+  At(6, true);
+  EXPECT_EQ(0, dbfRemove(t));
+  At(5, false);
+  EXPECT_EQ("  5", fldget(t, 1));
   EXPECT_EQ('\x1A', Bytes("PEOPLE.DBF")[591]);
 }
 
@@ -129,12 +133,12 @@ TEST_F(Dbf, DeletePackAndTheRecordsBehind) {
   dbfReplace(t);
   EXPECT_EQ(0, dbfPack(t));
   EXPECT_EQ(2, dbfROWS(t));
-  EXPECT_EQ(1, dbfRECNO(t));
-  EXPECT_EQ("R3        ", fldget(t, 0));
-  dbfDelete(t);
-  dbfSkip(t, 1);
-  EXPECT_EQ("R4        ", fldget(t, 0));
-  dbfDelete(t);
+  At(1, false);
+  for (const char* name : {"R3        ", "R4        "}) {
+    EXPECT_EQ(name, fldget(t, 0));
+    dbfDelete(t);
+    dbfSkip(t, 1);
+  }
   EXPECT_EQ(0, dbfPack(t));
   EXPECT_TRUE(dbfEOF(t));
   EXPECT_EQ(521u + 4 * 14 + 1, Bytes("PEOPLE.DBF").size());
@@ -146,8 +150,7 @@ TEST_F(Dbf, DeletePackAndTheRecordsBehind) {
   EXPECT_EQ(-1, dbfRecall(t));
   EXPECT_TRUE(dbfDELETED(t));
   t.recno = 0;
-  EXPECT_EQ(-1, dbfReplace(t));
-  EXPECT_EQ(-1, dbfRemove(t));
+  EXPECT_EQ(std::pair(-1, -1), std::pair(dbfReplace(t), dbfRemove(t)));
   EXPECT_EQ(before, Bytes("PEOPLE.DBF"));
 }
 
@@ -160,7 +163,7 @@ TEST_F(Dbf, CountBeyondTheFileAndFullTable) {
   PutBytes("PEOPLE.DBF", bytes);
   ASSERT_EQ(0, dbfOpen(t, "PEOPLE"));
   EXPECT_EQ(0, dbfSkipTo(t, 65278));
-  EXPECT_TRUE(dbfEOF(t));
+  At(65278, true);
   EXPECT_EQ("R1        ", fldget(t, 0));
   EXPECT_EQ(0, dbfPack(t));
   EXPECT_EQ(2, dbfROWS(t));
@@ -197,10 +200,7 @@ TEST_F(Dbf, ForeignFiles) {
     EXPECT_EQ(maxFields, dbfCOLS(t));
     EXPECT_EQ(fill ? 1 + 32 * 255 : 1, t.rowsize);
     EXPECT_EQ("", fldget(t, 31));
-    EXPECT_EQ(0, fldput(t, 31, "x"));
-    EXPECT_EQ(0, dbfDelete(t));
-    EXPECT_EQ(0, dbfAppend(t));
-    EXPECT_EQ(0, dbfPack(t));
+    EXPECT_EQ(0, fldput(t, 31, "x") + dbfDelete(t) + dbfAppend(t) + dbfPack(t));
     EXPECT_EQ(1, dbfROWS(t));
   }
 }

@@ -19,14 +19,10 @@ namespace {
 // The order of numeric keys, told another way: by sign, then exponent, then digits.
 using Order = std::vector<int>;
 Order OrderOf(const NdxPages& f, const std::string& key) {
-  Order order(key.begin(), key.end());
-  for (int& byte : order) byte &= 0xFF;
-  if (f.type != 'N') return order;
-  const bool negative = order[0] & 0x80;
-  order[0] &= 0x7F;
-  for (int& byte : order)
-    if (negative) byte = -byte;
-  order.insert(order.begin(), negative ? 0 : 1);
+  const bool number = f.type == 'N', negative = number && (key[0] & 0x80);
+  Order order{negative ? 0 : 1};
+  for (unsigned char byte : key) order.push_back(negative ? -byte : byte);
+  if (number) order[1] = negative ? 0x80 + order[1] : order[1] & 0x7F;
   return order;
 }
 
