@@ -2,37 +2,22 @@
 // stream, and loses nothing on disk.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <random>
-#include <string>
+#include <algorithm>
 
 #include "session_run.h"
+#include "temp_dir.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
 struct Hostile : testing::Test {
-  fs::path base =
-      fs::temp_directory_path() / ("mox-hostile-" + std::to_string(std::random_device()()));
-  Hostile() { fs::create_directories(base / "dir"); }
-  ~Hostile() override { fs::remove_all(base); }
+  TempDir folder;
+  Hostile() { fs::create_directory("dir"); }
 
-  static std::string Read(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
-  void Write(const char* name, const std::string& bytes) const {
-    std::ofstream(base / name, std::ios::binary) << bytes;
-  }
   // What the program prints behind the banner, when the input is typed at it.
-  std::string Type(const std::string& input) const {
-    Write("in", input);
-    EXPECT_EQ(RunProgram(MOX_PROGRAM, {}, base / "dir", base), "") << input.substr(0, 200);
-    EXPECT_EQ(Read(base / "err"), "") << input.substr(0, 200);
-    const std::string out = Read(base / "out");
+  static std::string Type(const std::string& input) {
+    PutBytes("in", input);
+    EXPECT_EQ(RunProgram(MOX_PROGRAM, {}, "dir", ".") + Bytes("err"), "") << input.substr(0, 200);
+    const std::string out = Bytes("out");
     return out.substr(std::min(out.find(". "), out.size()));
   }
 };
@@ -57,7 +42,7 @@ TEST_F(Hostile, TheInputEndsAnywhere) {
   const std::string session =
       "CREATE t\nA,C,3\n\nUSE t\nAPPEND BLANK\nDISPLAY STATUS\n IF T\nTEXT\n?\nENDTEXT\nENDIF\n"
       "SET STEP ON\nDO f\nyn? 1\nDO WHILE F\n? ;\nENDDO\n;? \"\n";
-  Write("dir/f.cmd", "? 1\n? 2\n? 3\n");
+  PutBytes("dir/f.cmd", "? 1\n? 2\n? 3\n");
   for (size_t length = 0; length <= session.size(); length += 3) Type(session.substr(0, length));
 }
 
@@ -75,10 +60,10 @@ TEST_F(Hostile, RandomBytesAndDamagedFiles) {
     // A header of few random bytes among zeros, and a file that is too short for its count.
     std::string table = "\x02" + bytes(2, "") + std::string(518, '\0') + bytes(300, "");
     for (int k = 0; k < 60; ++k) table[3 + random() % 518] = static_cast<char>(random());
-    Write("dir/t.dbf", table);
-    Write("dir/f.cmd", bytes(400, ""));
+    PutBytes("dir/t.dbf", table);
+    PutBytes("dir/f.cmd", bytes(400, ""));
     Type(typed + bytes(2000, "") + "\n" + bytes(1000, "AT1\"'(),.:;*?&=<\n LISTORE\x1a\0\xFF"));
-    EXPECT_EQ(Read(base / "dir/t.dbf"), table);
+    EXPECT_EQ(Bytes("dir/t.dbf"), table);
   }
 }
 

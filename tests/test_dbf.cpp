@@ -1,41 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <filesystem>
-#include <fstream>
-#include <random>
 
 #include "store/dbf.h"
+#include "temp_dir.h"
 
 namespace mox {
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string Bytes(const std::string& name) {
-  std::ifstream in(name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
-void PutBytes(const std::string& name, const std::string& bytes) {
-  std::ofstream(name, std::ios::binary) << bytes;
-}
-
-// Each test runs in an empty directory of its own.
 class Dbf : public testing::Test {
  protected:
-  void SetUp() override {
-    dir = fs::temp_directory_path() / ("dbf" + std::to_string(std::random_device{}()));
-    ASSERT_TRUE(fs::create_directory(dir));
-    fs::current_path(dir);
-  }
-  void TearDown() override {
-    fs::current_path(home);
-    fs::remove_all(dir);
-  }
-
-  // PEOPLE.DBF: NAME C10, AGE N3, the records R1, R2 ... of age 1, 2 ...; leaves t open on 1.
-  void People(DbfTable& t, int records) {
+  // PEOPLE.DBF: NAME C10, AGE N3, the records R1, R2 ... of age 1, 2 ...; leaves it open on 1.
+  void People(int records) {
     ASSERT_EQ(0, dbfCreate(t, "PEOPLE.DBF"));
     EXPECT_EQ(522u, Bytes("PEOPLE.DBF").size());
     dbfFld(t, 1, "name ", 'C', 10, 0);
@@ -51,7 +27,13 @@ class Dbf : public testing::Test {
     ASSERT_EQ(0, dbfOpen(t, "PEOPLE.DBF"));
   }
 
-  fs::path dir, home = fs::current_path();
+  // The table stands there, and how the call before ended is as expected.
+  void At(int recno, bool eof, int got = 0, int result = 0) {
+    EXPECT_EQ(std::tuple(result, recno, eof), std::tuple(got, dbfRECNO(t), dbfEOF(t)));
+  }
+
+  TempDir dir;
+  DbfTable t;
 };
 
 std::string Descriptor(std::string name, char type, char width) {
@@ -60,29 +42,23 @@ std::string Descriptor(std::string name, char type, char width) {
 }
 
 TEST_F(Dbf, FileIsExactToTheByte) {
-  DbfTable t;
-  People(t, 3);
+  People(3);
   auto [day, month, year] = DateToday();
   std::string want{2, 3, 0, char(day), char(month), char(year), 14, 0};
   want += Descriptor("NAME", 'C', 10) + Descriptor("AGE", 'N', 3) + '\x0D';
   want.resize(dbfHeaderSize);
   want += " R1          1 R2          2 R3          3\x1A";
   EXPECT_EQ(want, Bytes("PEOPLE.DBF"));
-  EXPECT_EQ(564u, want.size());
   EXPECT_EQ((std::array{day, month, year}), t.date);
 
   testing::internal::CaptureStdout();
   dbfDispStruc(t);
-  EXPECT_EQ(
-      "STRUCTURE FOR FILE:  PEOPLE.DBF\n"
-      "NUMBER OF RECORDS:   00003\nDATE OF LAST UPDATE: " +
-          DateNow() +
-          "\nPRIMARY USE DATABASE\n"
-          "FLD       NAME      TYPE WIDTH   DEC\n"
-          "001     NAME         C    010\n"
-          "002     AGE          N    003\n"
-          "** TOTAL **             00014\n",
-      testing::internal::GetCapturedStdout());
+  EXPECT_EQ("STRUCTURE FOR FILE:  PEOPLE.DBF\nNUMBER OF RECORDS:   00003\nDATE OF LAST UPDATE: " +
+                DateNow() +
+                "\nPRIMARY USE DATABASE\nFLD       NAME      TYPE WIDTH   DEC\n"
+                "001     NAME         C    010\n002     AGE          N    003\n"
+                "** TOTAL **             00014\n",
+            testing::internal::GetCapturedStdout());
 
   // Only a change moves the date.
   want.replace(3, 3, "\1\2\3");
@@ -95,7 +71,6 @@ TEST_F(Dbf, FileIsExactToTheByte) {
 }
 
 TEST_F(Dbf, FieldLimits) {
-  DbfTable t;
   dbfCreate(t, "wide");
   for (int i = 1; i <= maxFields; i++)
     EXPECT_EQ(0, dbfFld(t, i, "ABCDEFGH" + std::to_string(100 + i), 'C', 254, 0));
@@ -110,33 +85,26 @@ TEST_F(Dbf, FieldLimits) {
 }
 
 TEST_F(Dbf, Moves) {
-  DbfTable t;
-  People(t, 5);
-  auto expect = [&t](int got, int result, int recno, bool eof) {
-    EXPECT_EQ(result, got);
-    EXPECT_EQ(recno, dbfRECNO(t));
-    EXPECT_EQ(eof, dbfEOF(t));
-    EXPECT_EQ("  " + std::to_string(recno), fldget(t, 1));
-  };
-  expect(dbfSkipTo(t, -1), 0, 5, false);
-  expect(dbfSkipTo(t, 6), dbfOutside, 5, true);
-  expect(dbfSkip(t, 0), 0, 5, false);
-  expect(dbfSkip(t, 1), dbfOutside, 5, true);
-  expect(dbfSkip(t, -1), 0, 4, false);
-  expect(dbfSkipTo(t, 0), 0, 1, false);
-  expect(dbfSkip(t, INT_MAX), dbfOutside, 1, true);
+  People(5);
+  At(5, false, dbfSkipTo(t, -1));
+  At(5, true, dbfSkipTo(t, 6), dbfOutside);
+  At(5, false, dbfSkip(t, 0));
+  At(5, true, dbfSkip(t, 1), dbfOutside);
+  At(4, false, dbfSkip(t, -1));
+  At(1, false, dbfSkipTo(t, 0));
+  At(1, true, dbfSkip(t, INT_MAX), dbfOutside);
+  EXPECT_EQ("  1", fldget(t, 1));
   EXPECT_EQ(0, dbfAppend(t));
-  EXPECT_TRUE(dbfEOF(t));
-  EXPECT_EQ(6, dbfRECNO(t));
+  At(6, true);
   EXPECT_EQ(0, dbfRemove(t));
-  EXPECT_EQ(5, dbfRECNO(t));
-  EXPECT_EQ("R5        ", fldget(t, 0));
+  At(5, false);
+  EXPECT_EQ("  5", fldget(t, 1));
   EXPECT_EQ('\x1A', Bytes("PEOPLE.DBF")[591]);
 }
 
 TEST_F(Dbf, FieldsAreCutAndFilled) {
-  DbfTable t, copy;
-  People(t, 1);
+  DbfTable copy;
+  People(1);
   int age = fldno(t, "age");
   const char* const numbers[][2] = {
       {"12345", "123"}, {"-1.6x", " -2"}, {"Nancy", "  0"}, {"1e300", "100"}};
@@ -157,24 +125,20 @@ TEST_F(Dbf, FieldsAreCutAndFilled) {
 }
 
 TEST_F(Dbf, DeletePackAndTheRecordsBehind) {
-  DbfTable t;
-  People(t, 4);
-  for (int r : {1, 3}) {
-    dbfSkipTo(t, r);
-    EXPECT_EQ(0, dbfDelete(t));
-  }
+  People(4);
+  for (int r : {1, 3}) EXPECT_EQ(0, dbfSkipTo(t, r) + dbfDelete(t));
   dbfRecall(t);
   dbfSkipTo(t, 2);
   t.row[0] = '?';  // any mark but a space drops the record
   dbfReplace(t);
   EXPECT_EQ(0, dbfPack(t));
   EXPECT_EQ(2, dbfROWS(t));
-  EXPECT_EQ(1, dbfRECNO(t));
-  EXPECT_EQ("R3        ", fldget(t, 0));
-  dbfDelete(t);
-  dbfSkip(t, 1);
-  EXPECT_EQ("R4        ", fldget(t, 0));
-  dbfDelete(t);
+  At(1, false);
+  for (const char* name : {"R3        ", "R4        "}) {
+    EXPECT_EQ(name, fldget(t, 0));
+    dbfDelete(t);
+    dbfSkip(t, 1);
+  }
   EXPECT_EQ(0, dbfPack(t));
   EXPECT_TRUE(dbfEOF(t));
   EXPECT_EQ(521u + 4 * 14 + 1, Bytes("PEOPLE.DBF").size());
@@ -186,14 +150,12 @@ TEST_F(Dbf, DeletePackAndTheRecordsBehind) {
   EXPECT_EQ(-1, dbfRecall(t));
   EXPECT_TRUE(dbfDELETED(t));
   t.recno = 0;
-  EXPECT_EQ(-1, dbfReplace(t));
-  EXPECT_EQ(-1, dbfRemove(t));
+  EXPECT_EQ(std::pair(-1, -1), std::pair(dbfReplace(t), dbfRemove(t)));
   EXPECT_EQ(before, Bytes("PEOPLE.DBF"));
 }
 
 TEST_F(Dbf, CountBeyondTheFileAndFullTable) {
-  DbfTable t;
-  People(t, 2);
+  People(2);
   dbfClose(t);
   std::string bytes = Bytes("PEOPLE.DBF");
   bytes.resize(bytes.size() - 4);  // the end mark and the last age
@@ -201,7 +163,7 @@ TEST_F(Dbf, CountBeyondTheFileAndFullTable) {
   PutBytes("PEOPLE.DBF", bytes);
   ASSERT_EQ(0, dbfOpen(t, "PEOPLE"));
   EXPECT_EQ(0, dbfSkipTo(t, 65278));
-  EXPECT_TRUE(dbfEOF(t));
+  At(65278, true);
   EXPECT_EQ("R1        ", fldget(t, 0));
   EXPECT_EQ(0, dbfPack(t));
   EXPECT_EQ(2, dbfROWS(t));
@@ -220,7 +182,6 @@ TEST_F(Dbf, CountBeyondTheFileAndFullTable) {
 }
 
 TEST_F(Dbf, ForeignFiles) {
-  DbfTable t;
   std::string bytes(dbfHeaderSize, '\0');
   PutBytes("version.dbf", bytes);
   PutBytes("short.dbf", "\2" + bytes.substr(2));
@@ -233,18 +194,13 @@ TEST_F(Dbf, ForeignFiles) {
   // No end of the field list: 32 fields, the widest and of odd types, or of no width at all.
   for (char fill : {'\xFF', '\0'}) {
     bytes.assign(dbfHeaderSize, fill);
-    bytes[0] = 2;
-    bytes[1] = 1;
-    bytes[2] = 0;
+    bytes.replace(0, 3, "\2\1\0", 3);
     PutBytes("odd.dbf", bytes + ' ' + std::string(9000, '\0'));
     ASSERT_EQ(0, dbfOpen(t, "odd"));
     EXPECT_EQ(maxFields, dbfCOLS(t));
     EXPECT_EQ(fill ? 1 + 32 * 255 : 1, t.rowsize);
     EXPECT_EQ("", fldget(t, 31));
-    EXPECT_EQ(0, fldput(t, 31, "x"));
-    EXPECT_EQ(0, dbfDelete(t));
-    EXPECT_EQ(0, dbfAppend(t));
-    EXPECT_EQ(0, dbfPack(t));
+    EXPECT_EQ(0, fldput(t, 31, "x") + dbfDelete(t) + dbfAppend(t) + dbfPack(t));
     EXPECT_EQ(1, dbfROWS(t));
   }
 }

@@ -4,49 +4,29 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
+#include <functional>
 #include <map>
-#include <random>
 #include <set>
 
 #include "session/number.h"
 #include "store/bytes.h"
 #include "store/ndx.h"
+#include "temp_dir.h"
 
 namespace mox {
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string Bytes(const std::string& name) {
-  std::ifstream in(name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 // The order of numeric keys, told another way: by sign, then exponent, then digits.
 using Order = std::vector<int>;
 Order OrderOf(const NdxPages& f, const std::string& key) {
-  Order order(key.begin(), key.end());
-  for (int& byte : order) byte &= 0xFF;
-  if (f.type != 'N') return order;
-  const bool negative = order[0] & 0x80;
-  order[0] &= 0x7F;
-  for (int& byte : order)
-    if (negative) byte = -byte;
-  order.insert(order.begin(), negative ? 0 : 1);
+  const bool number = f.type == 'N', negative = number && (key[0] & 0x80);
+  Order order{negative ? 0 : 1};
+  for (unsigned char byte : key) order.push_back(negative ? -byte : byte);
+  if (number) order[1] = negative ? 0x80 + order[1] : order[1] & 0x7F;
   return order;
 }
 
-struct Model {
-  std::multimap<Order, std::pair<std::string, int>> items;  // order -> text, record
-
-  std::vector<int> Records() const {
-    std::vector<int> all;
-    for (const auto& [order, item] : items) all.push_back(item.second);
-    return all;
-  }
-};
+using Model = std::multimap<Order, std::pair<std::string, int>>;  // order -> text, record
 
 // Reads a page of the file and all below it: every key in order, every inner item equal to the
 // last leaf item below it, all leaves at one depth.
@@ -87,26 +67,16 @@ struct Checker {
 
 class Ndx : public testing::Test {
  protected:
-  void SetUp() override {
-    dir = fs::temp_directory_path() / ("ndx" + std::to_string(std::random_device{}()));
-    ASSERT_TRUE(fs::create_directory(dir));
-    fs::current_path(dir);
-  }
-  void TearDown() override {
-    fs::current_path(home);
-    fs::remove_all(dir);
-  }
-
   void Add(const std::string& text, int rno) {
     ASSERT_EQ(0, ndxAdd(x, rno, text));
-    model.items.emplace(OrderOf(*x.file, formatkey(*x.file, text)), std::pair(text, rno));
+    model.emplace(OrderOf(*x.file, formatkey(*x.file, text)), std::pair(text, rno));
   }
   void Delete(size_t at) {
-    const auto item = std::next(model.items.begin(), static_cast<long>(at));
+    const auto item = std::next(model.begin(), static_cast<long>(at));
     const auto [text, rno] = item->second;
     ASSERT_EQ(0, ndxDel(x, rno, text)) << text << " " << rno;
     ASSERT_EQ(-1, ndxDel(x, rno, text));
-    model.items.erase(item);
+    model.erase(item);
   }
 
   // Both walks, both ends, and some searches agree with the model; the file is sound.
@@ -118,12 +88,10 @@ class Ndx : public testing::Test {
     Checker checker{bytes, f.itmlen, bytes.size() / ndxPageSize};
     ASSERT_EQ(checker.pages, static_cast<size_t>(get2(header + 4)));
     ASSERT_NO_FATAL_FAILURE(checker.Page(get2(header + 2), 0));
-    std::vector<int> records, back;
-    for (const auto& leaf : checker.leaves) records.push_back(leaf.second);
-    const std::vector<int> expected = model.Records();
-    ASSERT_EQ(expected, records);
-
-    records.clear();
+    std::vector<int> expected, leaves, records, back;
+    for (const auto& [order, item] : model) expected.push_back(item.second);
+    for (const auto& leaf : checker.leaves) leaves.push_back(leaf.second);
+    ASSERT_EQ(expected, leaves);
     for (int r = ndxTop(x); r > 0; r = ndxFwd(x)) records.push_back(r);
     EXPECT_EQ(-1, ndxBak(x));
     for (int r = ndxBottom(x); r > 0; r = ndxBak(x)) back.push_back(r);
@@ -131,32 +99,24 @@ class Ndx : public testing::Test {
     ASSERT_EQ(expected, records);
     std::reverse(back.begin(), back.end());
     ASSERT_EQ(expected, back);
-    if (expected.empty()) {
-      EXPECT_EQ(-2, ndxTop(x));
-    }
-    Search();
-  }
-
-  // Each key is found at its first record; a search for what isn't there stands before the first
-  // higher key.
-  void Search() {
-    for (int i = 0; i < 50 && !model.items.empty(); ++i) {
-      auto item = model.items.begin();
-      std::advance(item, random() % model.items.size());
+    ASSERT_EQ(expected.empty() ? -2 : expected[0], ndxTop(x));
+    // A key is found at its first record, and each record has its place.
+    for (int i = 0; i < 50 && !model.empty(); ++i) {
+      auto item = std::next(model.begin(), static_cast<long>(random() % model.size()));
       const auto& [text, rno] = item->second;
       const bool number = x.file->type == 'N';
-      ASSERT_EQ(model.items.lower_bound(item->first)->second.second,
+      ASSERT_EQ(model.lower_bound(item->first)->second.second,
                 ndxFind(x, maxKeyLen, number ? text : formatkey(*x.file, text)));
       ASSERT_EQ(0, ndxFindRno(x, rno, text));
       const int next = ndxFwd(x);
-      ASSERT_EQ(++item == model.items.end() ? -1 : item->second.second, next);
+      ASSERT_EQ(++item == model.end() ? -1 : item->second.second, next);
     }
   }
 
   std::mt19937 random{20240229};
   NdxFile x;
   Model model;
-  fs::path dir, home = fs::current_path();
+  TempDir dir;
 };
 
 struct History {
@@ -165,14 +125,13 @@ struct History {
 };
 
 TEST_F(Ndx, HistoriesAgreeWithAMultimap) {
-  constexpr int records = 1500;
   const History histories[] = {{'C', 1, 20, 'r'},    {'C', 5, 100000, 'u'},  {'C', 20, 100000, 'd'},
                                {'C', 20, 300, 'r'},  {'C', 100, 90000, 'u'}, {'C', 100, 90000, 'd'},
                                {'C', 100, 400, 'r'}, {'C', 100, 1, 'r'},     {'N', 6, 90000, 'r'},
                                {'N', 6, 30, 'u'}};
   for (const History& h : histories) {
     SCOPED_TRACE(StrFmt("%c%d %d %c", h.type, h.keylen, h.keys, h.order));
-    model.items.clear();
+    model.clear();
     ASSERT_EQ(0, ndxCreate(x, "A", "N", h.type, h.keylen));
     EXPECT_EQ(1024u, Bytes("A.ndx").size());
     const auto text = [&](int n) {
@@ -184,30 +143,28 @@ TEST_F(Ndx, HistoriesAgreeWithAMultimap) {
       const int n = h.order == 'r' ? static_cast<int>(random() % h.keys) : r * h.keys / 3000;
       Add(text(h.order == 'd' ? h.keys - 1 - n : n), r);
     };
-    for (int r = 1; r <= records; ++r) ASSERT_NO_FATAL_FAILURE(add(r));
-    ASSERT_NO_FATAL_FAILURE(Check());
+    // Runs a change so often, and looks at all of it.
+    const auto phase = [&](int times, const std::function<void(int)>& change) {
+      for (int i = 0; i < times; ++i) ASSERT_NO_FATAL_FAILURE(change(i));
+      ASSERT_NO_FATAL_FAILURE(Check());
+    };
+    const auto last = [&] { return model.size() - 1; };
+    const auto all = [&] { return static_cast<int>(model.size()); };
+    phase(1500, [&](int i) { add(1 + i); });
     ASSERT_EQ(0, ndxClose(x));
     ASSERT_EQ(0, ndxOpen(x, "A"));
     // Deletes at random with adds between, then the right edge, the left edge, and all.
-    for (int i = 0; i < 600; ++i) {
-      ASSERT_NO_FATAL_FAILURE(Delete(random() % model.items.size()));
-      if (i % 3 != 0) continue;
-      ASSERT_NO_FATAL_FAILURE(add(records + 1 + i));
-    }
-    ASSERT_NO_FATAL_FAILURE(Check());
-    for (int i = 0; i < 300; ++i) ASSERT_NO_FATAL_FAILURE(Delete(model.items.size() - 1));
-    ASSERT_NO_FATAL_FAILURE(Check());
-    for (int i = 0; i < 300; ++i) ASSERT_NO_FATAL_FAILURE(add(2200 + i));
-    ASSERT_NO_FATAL_FAILURE(Check());
-    for (int i = 0; i < 300; ++i) ASSERT_NO_FATAL_FAILURE(Delete(0));
-    ASSERT_NO_FATAL_FAILURE(Check());
-    while (model.items.size() > 3)
-      ASSERT_NO_FATAL_FAILURE(Delete(random() % 2 ? 0 : model.items.size() - 1));
-    ASSERT_NO_FATAL_FAILURE(Check());
-    while (!model.items.empty()) ASSERT_NO_FATAL_FAILURE(Delete(random() % model.items.size()));
-    ASSERT_NO_FATAL_FAILURE(Check());
-    for (int r = 1; r <= 100; ++r) ASSERT_NO_FATAL_FAILURE(add(r));
-    ASSERT_NO_FATAL_FAILURE(Check());
+    phase(600, [&](int i) {
+      Delete(random() % model.size());
+      if (i % 3 == 0) add(1501 + i);
+    });
+    phase(300, [&](int) { Delete(last()); });
+    phase(300, [&](int i) { add(2200 + i); });
+    phase(300, [&](int) { Delete(0); });
+    phase(all() - 3, [&](int) { Delete(random() % 2 ? 0 : last()); });
+    phase(all(), [&](int) { Delete(random() % model.size()); });
+    phase(100, [&](int i) { add(1 + i); });
+    if (HasFatalFailure()) return;
     ndxClose(x);
   }
 }
@@ -215,11 +172,11 @@ TEST_F(Ndx, HistoriesAgreeWithAMultimap) {
 // With 4 items to a page the right edge is often a page of one item, or of none but nxt.
 TEST_F(Ndx, ShortHistoriesAtTheRightEdge) {
   for (int round = 0; round < 150; ++round) {
-    model.items.clear();
+    model.clear();
     ASSERT_EQ(0, ndxCreate(x, "A", "N", 'C', 100));
     int r = 0;
     for (int i = 0; i < 150; ++i) {
-      const size_t n = model.items.size();
+      const size_t n = model.size();
       const bool grow = random() % 100 < (i / 30 % 2 ? 30u : 70u);
       if (n == 0 || grow) {
         ASSERT_NO_FATAL_FAILURE(Add(StrFmt("%04d", static_cast<int>(random() % 2000)), ++r));
@@ -313,7 +270,7 @@ TEST_F(Ndx, DamagedFilesLeadNowhere) {
       bad[page * ndxPageSize + offset] = static_cast<char>(random() % (round % 2 ? 40 : 256));
     }
     if (round % 7 == 0) bad.resize(random() % bad.size());
-    std::ofstream("BAD.ndx", std::ios::binary) << bad;
+    PutBytes("BAD.ndx", bad);
     if (ndxOpen(x, "BAD") != 0) continue;
     const size_t most = std::max<size_t>(bad.size(), x.file->pages * size_t{ndxPageSize});
     int walked = 0;

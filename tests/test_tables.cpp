@@ -2,9 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <random>
 
 #include "commands/moxcopy.h"
 #include "commands/moxsort.h"
@@ -13,32 +10,26 @@
 #include "run/run_nest.h"
 #include "session/error.h"
 #include "store/db.h"
+#include "temp_dir.h"
 
 namespace mox {
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string Bytes(const std::string& name) {
-  std::ifstream in(name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 TEST(Csv, Values) {
-  struct {
+  const struct {
     const char *line, *delimiter;
     Lines values;
   } cases[] = {
-      {"a,b", ",", {"a", "b"}},
-      {" \ta b , \"c,\"\"d\" ,", ",", {"a b ", "\"c,\"\"d\""}},
-      {"a,,\t,d", ",", {"a", "", "", "d"}},
+      {"", ",", {}},
       {",", ",", {""}},
+      {"a,b", ",", {"a", "b"}},
       {"a, ", ",", {"a", ""}},
+      {"a,,\t,d", ",", {"a", "", "", "d"}},
       {"\"a\"x,b", ",", {"\"a\""}},
+      {" \ta b , \"c,\"\"d\" ,", ",", {"a b ", "\"c,\"\"d\""}},
       {"\"open,b", ",", {"\"open", "b"}},
       {"\"\",\"", ",", {"\"\"", "\""}},
       {"1--2-3--4--5--6", "--", {"1", "2-3", "4", "5"}},
-      {"", ",", {}},
   };
   for (const auto& c : cases) {
     Lines values;
@@ -47,21 +38,10 @@ TEST(Csv, Values) {
   }
 }
 
-// Each test runs in an empty directory of its own.
 class Tables : public testing::Test {
  protected:
-  void SetUp() override {
-    dir = fs::temp_directory_path() / ("tables" + std::to_string(std::random_device{}()));
-    ASSERT_TRUE(fs::create_directory(dir));
-    fs::current_path(dir);
-    dbInit();
-    errnum = errNone;
-  }
-  void TearDown() override {
-    dbInit();
-    fs::current_path(home);
-    fs::remove_all(dir);
-  }
+  Tables() { dbInit(), errnum = errNone; }
+  ~Tables() override { dbInit(); }
 
   // A table of a number and a text that few records share, in no order.
   void Make(const std::string& name, int records) {
@@ -90,7 +70,7 @@ class Tables : public testing::Test {
     return records;
   }
 
-  fs::path dir, home = fs::current_path();
+  TempDir dir;
   std::mt19937 random{7};
 };
 
@@ -109,15 +89,15 @@ TEST_F(Tables, BufferedTableIsTheSameOnDisk) {
     for (DbfTable& table : t) {
       if (what < 3 && table.rmax < 600) dbfAppend(table);
       if (what == 3) dbfRemove(table);
-      if (what > 3 && table.rmax > 0) dbfSkipTo(table, static_cast<int>(number % table.rmax) + 1);
-      if (what > 3) fldput(table, static_cast<int>(number % 4), "x" + std::to_string(number));
-      if (what > 3) dbfReplace(table);
+      if (what <= 3) continue;
+      if (table.rmax > 0) dbfSkipTo(table, static_cast<int>(number % table.rmax) + 1);
+      fldput(table, static_cast<int>(number % 4), "x" + std::to_string(number));
+      dbfReplace(table);
       if (what == 7) dbfDelete(table);
     }
-    ASSERT_EQ(t[0].row, t[1].row);
-    ASSERT_EQ(t[0].recno, t[1].recno);
-    ASSERT_EQ(t[0].eof, t[1].eof);
-    if (step % 1000 == 999) ASSERT_EQ(0, dbfFlush(t[1]));
+    const auto now = [](const DbfTable& a) { return std::tuple(a.row, a.recno, a.eof); };
+    ASSERT_EQ(now(t[0]), now(t[1])) << step;
+    if (step % 1000 == 999) dbfFlush(t[1]);
   }
   for (DbfTable& table : t) EXPECT_EQ(0, dbfClose(table));
   EXPECT_TRUE(Bytes("A.dbf") == Bytes("B.dbf"));

@@ -10,13 +10,10 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <functional>
-#include <string>
 
 #include "host/host.h"
+#include "temp_dir.h"
 
 namespace mox {
 
@@ -45,11 +42,9 @@ struct Terminal {
   }
   Terminal(const Terminal&) = delete;
 
-  void send(const std::string& keys) {
-    ASSERT_EQ(write(fd, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
-  }
-  // Reads on until the text appears; what was seen up to there and with it is forgotten.
-  bool see(const std::string& text) {
+  // Types keys and reads on until the text appears; what was seen with it is forgotten.
+  bool type(const std::string& keys, const std::string& text) {
+    if (write(fd, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size())) return false;
     pollfd p = {fd, POLLIN, 0};
     size_t at;
     while ((at = seen.find(text)) == seen.npos) {
@@ -82,78 +77,59 @@ void KeysAndLines() {
   }
 }
 
-void Mox(const char* folder) {
-  if (chdir(folder) == 0) execl(MOX_PROGRAM, MOX_PROGRAM, nullptr);
-}
-
 }  // namespace
 
 TEST(Terminal, KeysAndLinesAlternate) {
   Terminal t(KeysAndLines);
-  ASSERT_TRUE(t.see("keys"));
+  ASSERT_TRUE(t.type("", "keys"));
   const std::string keyMode = t.mode();
-  for (int key : {1, 3, 4, 17, 19, 21, 22, 23, 26, 28, 200}) {
-    t.send(std::string(1, static_cast<char>(key)));
-    EXPECT_TRUE(t.see("<" + std::to_string(key) + ">")) << key << t.seen;
-  }
-  t.send("\r\x7f");
-  EXPECT_TRUE(t.see("<13><8>")) << t.seen;
-  t.send("\x1b");
-  EXPECT_TRUE(t.see("<27>")) << t.seen;
-  t.send("\x1b[A\x1bOB\x1b[3~\x1b[1;5C\x1b[99~\x1bOP\x1b[21~x\x1bz");
-  EXPECT_TRUE(t.see("<224><72><224><80><224><83><224><77><0><59><0><68><120><27><122>")) << t.seen;
-  t.send("qab\rqcd");  // typed ahead: what follows the q is a line
-  EXPECT_TRUE(t.see("line[ab\r\n]keys<113>line")) << t.seen;
+  for (int key : {1, 3, 4, 17, 19, 21, 22, 23, 26, 28, 200})
+    EXPECT_TRUE(t.type({static_cast<char>(key)}, "<" + std::to_string(key) + ">")) << t.seen;
+  EXPECT_TRUE(t.type("\r\x7f", "<13><8>")) << t.seen;
+  EXPECT_TRUE(t.type("\x1b", "<27>")) << t.seen;
+  EXPECT_TRUE(t.type("\x1b[A\x1bOB\x1b[3~\x1b[1;5C\x1b[99~\x1bOP\x1b[21~x\x1bz",
+                     "<224><72><224><80><224><83><224><77><0><59><0><68><120><27><122>"))
+      << t.seen;
+  // Typed ahead: what follows the q is a line.
+  EXPECT_TRUE(t.type("qab\rqcd", "line[ab\r\n]keys<113>line")) << t.seen;
   EXPECT_NE(t.mode(), keyMode);
-  t.send("xy\x7fz\n");
-  EXPECT_TRUE(t.see("[cdxz\r\n]keys")) << t.seen;
+  EXPECT_TRUE(t.type("xy\x7fz\n", "[cdxz\r\n]keys")) << t.seen;
   EXPECT_EQ(t.mode(), keyMode);
 }
 
 TEST(Terminal, InterruptsAndSignals) {
-  const auto folder =
-      std::filesystem::temp_directory_path() / ("mox-term-" + std::to_string(getpid()));
-  std::filesystem::create_directory(folder);
-  std::ofstream(folder / "poll.cmd") << "? 6*8\nDO WHILE INKEY()<>\"q\"\nENDDO\n";
-  std::ofstream(folder / "loop.cmd") << "? 6*7\nDO WHILE 1=1\nENDDO\n";
-  const std::string path = folder;
-  Terminal t([&] { Mox(path.c_str()); });
-  ASSERT_TRUE(t.see(". "));
+  const TempDir folder;
+  PutBytes("poll.cmd", "? 6*8\nDO WHILE INKEY()<>\"q\"\nENDDO\n");
+  PutBytes("loop.cmd", "? 6*7\nDO WHILE 1=1\nENDDO\n");
+  Terminal t([] { execl(MOX_PROGRAM, MOX_PROGRAM, nullptr); });
+  ASSERT_TRUE(t.type("", ". "));
   const std::string found = t.mode();
-  t.send("IF 1=1\n");
-  ASSERT_TRUE(t.see("> "));
-  t.send("? 8\x03");
-  EXPECT_TRUE(t.see("^C\r\n. ")) << t.seen;
-  t.send("DO loop\n");
-  ASSERT_TRUE(t.see("42"));
-  t.send("\x03");
-  EXPECT_TRUE(t.see("\n*** INTERRUPTED \r\n. ")) << t.seen;
-  t.send("DO poll\n");
-  ASSERT_TRUE(t.see("48 \r\n"));
-  t.send("q");
-  EXPECT_TRUE(t.see(". ")) << t.seen;
-  EXPECT_EQ(t.mode(), found);
-  t.send("ACCEPT \"name\" TO X\n");
-  ASSERT_TRUE(t.see("name:"));
-  t.send("abc\x03");
-  EXPECT_TRUE(t.see("\n*** INTERRUPTED \r\n. ")) << t.seen;
-  t.send("WAIT\n");
-  ASSERT_TRUE(t.see("WAITING"));
-  t.send("\x03");
-  EXPECT_TRUE(t.see("\r\n. ")) << t.seen;
-  EXPECT_EQ(t.mode(), found);
-  t.send("? RUN(\"sh\",\"-c \"\"stty raw -echo; exit 4\"\"\")\n");
-  EXPECT_TRUE(t.see("4 \r\n. ")) << t.seen;
-  EXPECT_EQ(t.mode(), found);
-  t.send("WAIT\n");
-  ASSERT_TRUE(t.see("WAITING"));
+  const std::string interrupt = "\x03", stopped = "\n*** INTERRUPTED \r\n. ";
+  // Whenever the prompt is back the terminal is as it was found.
+  const std::pair<std::string, std::string> cases[] = {
+      {"IF 1=1\n", "> "},
+      {"? 8" + interrupt, "^C\r\n. "},
+      {"DO loop\n", "42"},
+      {interrupt, stopped},
+      {"DO poll\n", "48 \r\n"},
+      {"q", ". "},
+      {"ACCEPT \"name\" TO X\n", "name:"},
+      {"abc" + interrupt, stopped},
+      {"WAIT\n", "WAITING"},
+      {interrupt, "\r\n. "},
+      {"? RUN(\"sh\",\"-c \"\"stty raw -echo; exit 4\"\"\")\n", "4 \r\n. "},
+      {"WAIT\n", "WAITING"},
+  };
+  for (const auto& [keys, seen] : cases) {
+    ASSERT_TRUE(t.type(keys, seen)) << keys << t.seen;
+    EXPECT_TRUE(!seen.ends_with(". ") || t.mode() == found) << keys;
+  }
   EXPECT_NE(t.mode(), found);
   kill(t.pid, SIGTERM);
   siginfo_t end = {};
   waitid(P_PID, static_cast<id_t>(t.pid), &end, WEXITED | WNOWAIT);
   EXPECT_EQ(end.si_status, SIGTERM);
   EXPECT_EQ(t.mode(), found);
-  std::filesystem::remove_all(folder);
 }
 
 }  // namespace mox

@@ -2,29 +2,26 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 
 #include "session/files.h"
 #include "session/misc.h"
 #include "session/number.h"
 #include "session/strreplace.h"
+#include "temp_dir.h"
 
 namespace mox {
 
-namespace fs = std::filesystem;
-
-TEST(Misc, QuotingAndCutting) {
+TEST(Misc, QuotingCuttingAndNames) {
   for (const char* text : {"", "\"", "\"\"", "a\"b", "\"a\"\""}) EXPECT_EQ(qs2s(s2qs(text)), text);
   EXPECT_EQ(qs2s("\"a\"b\""), "a");
   EXPECT_EQ(qs2s("\""), "");
   EXPECT_EQ(split("a,,b,", ","), (Lines{"a", "", "b", ""}));
-  EXPECT_EQ(split("", ","), Lines{""});
   EXPECT_EQ(str_replace("aaa", "aa", "aaaa"), "aaaaa");
-  std::string blank = " \t\r\n";
-  EXPECT_EQ(trim(blank), "");
   EXPECT_EQ(StrFmt("%0300d", 7).size(), 300u);
+  EXPECT_EQ(FnExtDflt("a.b/c\\d", ".DBF"), "a.b/c\\d.DBF");
+  EXPECT_EQ(FnExtDflt("a/b.c\\d", ".DBF"), "a/b.c\\d");
+  EXPECT_EQ(FnExtDflt("a.b\\c", ".DBF"), "a.b\\c.DBF");
 }
 
 TEST(Misc, WordScanners) {
@@ -32,12 +29,9 @@ TEST(Misc, WordScanners) {
   const struct {
     const char *text, *word, *wordX;
     size_t used, usedX;
-  } cases[] = {{"", "", "", 0, 0},
-               {"  ", "", "", 2, 2},
-               {" a.c d", "a", "a.c", 2, 5},
-               {"ab , c", "ab", "ab", 2, 4},
-               {"abcdef", "abcd", "abcd", 4, 4},
-               {"a\xE9", "a", "a", 1, 1}};
+  } cases[] = {{"", "", "", 0, 0},           {"  ", "", "", 2, 2},
+               {" a.c d", "a", "a.c", 2, 5}, {"ab , c", "ab", "ab", 2, 4},
+               {"a\xE9", "a", "a", 1, 1},    {"abcdef", "abcd", "abcd", 4, 4}};
   for (const auto& c : cases) {
     EXPECT_EQ(GetWord(c.text, 4, word), c.used) << c.text;
     EXPECT_EQ(word, c.word);
@@ -49,33 +43,18 @@ TEST(Misc, WordScanners) {
   EXPECT_EQ(GetWords("A B C", 3), (Lines{"A", "B"}));
 }
 
-TEST(Misc, Names) {
-  EXPECT_EQ(FnExtDflt("a.b/c\\d", ".DBF"), "a.b/c\\d.DBF");
-  EXPECT_EQ(FnExtDflt("a/b.c\\d", ".DBF"), "a/b.c\\d");
-  EXPECT_EQ(FnExtDflt("a.b\\c", ".DBF"), "a.b\\c.DBF");
-  EXPECT_EQ(FnExt("a.b/c", ".DBF"), "a.b/c");
-  const std::string_view names[] = {"ADD", "Mul", "SUB"};
-  EXPECT_EQ(findndx("sub", names), 2);
-  EXPECT_EQ(findndx("x", names), -1);
-
-  char program[] = "mox", flag[] = "-VER", last[] = "z";
-  char* argv[] = {program, flag, last, nullptr};
-  int argc = 3;
-  EXPECT_EQ(ArgGet(argc, argv, "-ver"), 1);
-  EXPECT_EQ(ArgGet(argc, argv, "-ver"), 0);
-  EXPECT_EQ(argc, 2);
-  EXPECT_EQ(argv[1], last);
-}
-
 TEST(Number, Reading) {
   const double big = std::numeric_limits<double>::max();
   const std::pair<std::string, double> cases[] = {
-      {"", 0},          {" \v\f+.5", .5}, {"5.", 5},
-      {"1.2.3", 1.2},   {"-2e", -2},      {"1e+2x", 100},
-      {"NANCY", 0},     {"inf", 0},       {"0x10", 0},
-      {"+-1", 0},       {".", 0},         {"1e999", big},
-      {"-1e999", -big}, {"1e-999", 0},    {"0.0001e400", big},
-      {"0e999", 0},     {"- 1", 0},       {"1e-999999999999999999999", 0}};
+      {"", 0},          {" \v\f+.5", .5},
+      {"5.", 5},        {"1.2.3", 1.2},
+      {"-2e", -2},      {"1e+2x", 100},
+      {"NANCY", 0},     {"inf", 0},
+      {"0x10", 0},      {"+-1", 0},
+      {".", 0},         {"1e999", big},
+      {"0e999", 0},     {"0.0001e400", big},
+      {"-1e999", -big}, {"- 1", 0},
+      {"1e-999", 0},    {"1e-999999999999999999999", 0}};
   for (const auto& [text, number] : cases) EXPECT_EQ(TxtToDbl(text), number) << text;
   EXPECT_EQ(TxtToDbl(std::string(400, '9')), big);
   EXPECT_EQ(TxtToDbl("." + std::string(400, '0') + "1"), 0);
@@ -107,20 +86,8 @@ TEST(Number, SixByteForm) {
   EXPECT_TRUE(std::isfinite(bcd2d6({0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF})));
 }
 
-// Each test has a directory of its own.
-class Files : public testing::Test {
- protected:
-  void SetUp() override { fs::create_directory(dir); }
-  void TearDown() override { fs::remove_all(dir); }
-  std::string put(const std::string& name, const std::string& bytes) {
-    std::ofstream(dir / name, std::ios::binary) << bytes;
-    return (dir / name).string();
-  }
-  fs::path dir =
-      fs::path(testing::TempDir()) / testing::UnitTest::GetInstance()->current_test_info()->name();
-};
-
-TEST_F(Files, LinesOfTextFiles) {
+TEST(Files, LinesOfTextFiles) {
+  const TempDir dir;
   const std::string full(maxLine, 'x'), most(maxLine - 1, 'y');
   const std::pair<std::string, Lines> cases[] = {{"a\r\nb\n\nc", {"a", "b", "", "c"}},
                                                  {"a\rb\r\r\n", {"a\rb"}},
@@ -129,33 +96,35 @@ TEST_F(Files, LinesOfTextFiles) {
                                                  {full + "z\n", {full, "z"}},
                                                  {full + "\r\nz", {full, "", "z"}},
                                                  {most + "\r\nz", {most, "z"}}};
-  for (const auto& [bytes, lines] : cases) EXPECT_EQ(ReadLines(put("t", bytes)), lines) << bytes;
-  EXPECT_FALSE(ReadLines(dir.string()));
-}
+  for (const auto& [bytes, lines] : cases) {
+    PutBytes("t", bytes);
+    EXPECT_EQ(ReadLines("t"), lines) << bytes;
+  }
+  EXPECT_FALSE(ReadLines("."));
 
-TEST_F(Files, NamesInAnyCase) {
-  const std::string asked = (dir / "TABLE.DBF").string();
-  EXPECT_EQ(FnFind(asked), asked);
-  const std::string lower = put("table.dbf", "1");
-  if (fs::exists(asked)) GTEST_SKIP() << "the file system ignores case";
-  fs::create_directory(dir / "Table.DBF");
-  EXPECT_EQ(FnFind(asked), lower);
-  put("Table.dbf", "2");
-  EXPECT_EQ(FnFind(asked), asked);  // two fit: neither is meant
-}
-
-TEST_F(Files, NumberedFiles) {
+  // Numbered files.
+  PutBytes("t", "one\n\x1A");
   FpCloseAll();
-  const std::string path = put("t", "one\n\x1A");
   EXPECT_EQ(FpFreeFile(), 2);
-  EXPECT_EQ(FpOpen(1, path, "rb"), -1);
-  EXPECT_EQ(FpOpen(2, dir.string(), "rb"), -3);
-  EXPECT_EQ(FpOpen(2, path, "rb"), 0);
+  EXPECT_EQ(FpOpen(1, "t", "rb"), -1);
+  EXPECT_EQ(FpOpen(2, ".", "rb"), -3);
+  EXPECT_EQ(FpOpen(2, "t", "rb"), 0);
   EXPECT_EQ(FpLineInput(2), "one");
   EXPECT_FALSE(FpLineInput(2));
   EXPECT_TRUE(FpEOF(2));
   FpCloseAll();
   EXPECT_EQ(FpClose(2), -2);
+}
+
+TEST(Files, NamesInAnyCase) {
+  const TempDir dir;
+  EXPECT_EQ(FnFind("TABLE.DBF"), "TABLE.DBF");
+  PutBytes("table.dbf", "1");
+  if (fs::exists("TABLE.DBF")) GTEST_SKIP() << "the file system ignores case";
+  fs::create_directory("Table.DBF");
+  EXPECT_EQ(FnFind("TABLE.DBF"), "table.dbf");
+  PutBytes("Table.dbf", "2");
+  EXPECT_EQ(FnFind("TABLE.DBF"), "TABLE.DBF");  // two fit: neither is meant
 }
 
 }  // namespace mox

@@ -1,0 +1,38 @@
+// A folder of its own for a test, and whole files.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+
+namespace fs = std::filesystem;
+
+// A file's bytes; none when it can't be read.
+inline std::string Bytes(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+inline void PutBytes(const fs::path& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+// A fresh folder, the current one until this goes and takes the folder along.
+struct TempDir {
+  fs::path path, home = fs::current_path();
+
+  TempDir() {
+    do path = fs::temp_directory_path() / ("mox-test-" + std::to_string(std::random_device{}()));
+    while (!fs::create_directory(path));
+    fs::current_path(path);
+  }
+  ~TempDir() {
+    std::error_code ignored;
+    fs::current_path(home, ignored);
+    fs::remove_all(path, ignored);
+  }
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+};
