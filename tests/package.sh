@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# Makes the Debian package of a build folder, unpacks it into a clean folder tree, and runs from
+# there the tour, which must print what the folder's own program prints, and the installed help.
+#   package.sh BUILD
+set -euo pipefail
+build=$(realpath "$1")
+tree=$(mktemp -d)
+trap 'rm -rf "$tree"' EXIT
+cpack --config "$build/CPackConfig.cmake" -G DEB -B "$tree/made" -D CPACK_STRIP_FILES=OFF >"$tree/log" 2>&1 ||
+  { cat "$tree/log"; exit 1; }
+dpkg-deb -x "$tree"/made/*.deb "$tree/root"
+mox=$tree/root/usr/bin/mox
+cp -r "$tree/root/usr/share/doc/mox/examples" "$tree/kept"
+(cd "$tree/root/usr/share/doc/mox/examples" && "$mox" tour) >"$tree/installed"
+(cd "$tree/kept" && "$build/mox" tour) >"$tree/own"
+cmp "$tree/installed" "$tree/own"
+grep -q 'And all as it was' "$tree/installed"
+mkdir "$tree/empty"
+cd "$tree/empty"
+echo HELP LIST | "$mox" >../help
+grep -q 'Shows records' ../help
+echo HELP LIST | "$build/mox" >../help
+grep -q 'moxhelp.txt file missing' ../help
