@@ -3,8 +3,8 @@
 // Keys and lines come from one stream, the standard input, in the order in which they were typed
 // or piped in; both kinds of read share one buffer, so that they can alternate without losing a
 // byte. The terminal is in line mode with echo except while a key is awaited or
-// OS_HoldKeys holds and, from _kbhit on, up to the next read of a line. It is put back as it was found behind each wait, at the end of the
-// program and when a signal stops it.
+// OS_HoldKeys holds and, from _kbhit on, up to the next read of a line. It is put back as it was
+// found behind each wait, at the end of the program and when a signal stops it.
 #pragma once
 
 #include <cstddef>

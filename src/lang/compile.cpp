@@ -50,8 +50,7 @@ int _addSteps(std::string& text, const std::string& colon, size_t limit, Lines& 
 }
 
 // One line of the source. Tokens of a line that is continued stay in tokens for the next.
-int _compileLine(bool isFile, const std::string& line, Tokens& tokens, size_t limit,
-                 Lines& steps) {
+int _compileLine(bool isFile, const std::string& line, Tokens& tokens, size_t limit, Lines& steps) {
   const int before = tokens.count();
   std::string colon;
   if (isFile && before == 0) colon = ": " + line;

@@ -7,11 +7,11 @@ namespace mox {
 
 namespace {
 
-int lvl = 0;             // open blocks
-int btyp[maxBlocks];     // type of each
-int bnum[maxBlocks];     // number of each
-int bval[maxBlocks];     // IF: 2 behind an ELSE; DO CASE: branches so far
-int bno = 1;             // number of the next block
+int lvl = 0;          // open blocks
+int btyp[maxBlocks];  // type of each
+int bnum[maxBlocks];  // number of each
+int bval[maxBlocks];  // IF: 2 behind an ELSE; DO CASE: branches so far
+int bno = 1;          // number of the next block
 
 }  // namespace
 

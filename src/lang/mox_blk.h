@@ -36,7 +36,7 @@ void BlkElse();           // notes that the top block's false path has its label
 void BlkNext();           // counts a branch of the top block
 bool BlkHasElse();        // also true with no block open
 
-std::string BlkBL();           // of the top block, or of number 0
+std::string BlkBL();  // of the top block, or of number 0
 std::string BlkBL(int number);
 std::string BlkLV();
 

@@ -20,7 +20,19 @@ constexpr int ruleCount = static_cast<int>(Rule::ruleCount);
 // --- The table, prepared: rows by rule, texts cut into pieces.
 
 enum class Piece {
-  text, item, source, count, BL, LV, loop, push, pop, check, markElse, nextBranch, endThen
+  text,
+  item,
+  source,
+  count,
+  BL,
+  LV,
+  loop,
+  push,
+  pop,
+  check,
+  markElse,
+  nextBranch,
+  endThen
 };
 
 struct TextPiece {
@@ -46,9 +58,9 @@ TextPiece _command(std::string_view name) {
     Piece kind;
   };
   static constexpr Command commands[] = {
-      {"src", Piece::source}, {"count", Piece::count},  {"BL", Piece::BL},
-      {"LV", Piece::LV},      {"loop", Piece::loop},    {"push", Piece::push},
-      {"pop", Piece::pop},    {"check", Piece::check},  {"else", Piece::markElse},
+      {"src", Piece::source},      {"count", Piece::count},     {"BL", Piece::BL},
+      {"LV", Piece::LV},           {"loop", Piece::loop},       {"push", Piece::push},
+      {"pop", Piece::pop},         {"check", Piece::check},     {"else", Piece::markElse},
       {"next", Piece::nextBranch}, {"endthen", Piece::endThen},
   };
   int number = 0;
@@ -132,15 +144,14 @@ class Parse {
   int count(const Node& node, int item) const;
 
   const Tokens& tokens_;
-  std::vector<int> known_;       // node, none or unknown, by rule and cursor
+  std::vector<int> known_;  // node, none or unknown, by rule and cursor
   std::vector<Node> nodes_;
-  std::vector<Match> matches_;   // of finished rows
-  std::vector<Match> trying_;    // of rows under way, the innermost last
+  std::vector<Match> matches_;  // of finished rows
+  std::vector<Match> trying_;   // of rows under way, the innermost last
 };
 
 int Parse::rule(Rule r, int cursor) {
-  const size_t key =
-      static_cast<size_t>(r) * (tokens_.count() + 1) + static_cast<size_t>(cursor);
+  const size_t key = static_cast<size_t>(r) * (tokens_.count() + 1) + static_cast<size_t>(cursor);
   if (known_[key] != unknown) return known_[key];
   int result = none;
   for (const Row& candidate : _grammar().rows[static_cast<int>(r)]) {
@@ -172,8 +183,7 @@ bool Parse::row(const Row& row, int cursor, Node& node) {
       return false;
     }
   }
-  node = {&row, cursor, static_cast<int>(matches_.size()),
-          static_cast<int>(trying_.size() - base)};
+  node = {&row, cursor, static_cast<int>(matches_.size()), static_cast<int>(trying_.size() - base)};
   matches_.insert(matches_.end(), trying_.begin() + static_cast<long>(base), trying_.end());
   trying_.resize(base);
   return true;

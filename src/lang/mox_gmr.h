@@ -28,6 +28,7 @@
 
 namespace mox {
 
+// clang-format off
 enum class Rule {
   // statements
   line, stmnts2, statement, print2, go2, next, display2, apnd2, fwv, fwvs, copy2, sort2, upd2a,
@@ -39,15 +40,16 @@ enum class Rule {
   expr, expr2, cmp, cmp2, addsub, addsub2, muldiv, muldiv2, power, unary, factor, fun2, lval, any,
   ruleCount
 };
+// clang-format on
 
 struct Item {
   enum Kind { kWord, kToken, kRule } kind;
-  const char* word = nullptr;  // kWord: the pattern
-  TokenKind token = tokEnd;    // kToken
-  Rule rule = Rule::ruleCount; // kRule
-  int atLeast = 1;             // repetitions: 1 and 1, or as opt, rep, some say
+  const char* word = nullptr;   // kWord: the pattern
+  TokenKind token = tokEnd;     // kToken
+  Rule rule = Rule::ruleCount;  // kRule
+  int atLeast = 1;              // repetitions: 1 and 1, or as opt, rep, some say
   int atMost = 1;
-  const char* absent = "";     // text of an optional item that isn't there
+  const char* absent = "";            // text of an optional item that isn't there
   std::vector<const char*> endWords;  // words before which an optional item isn't tried
 
   Item(const char* pattern) : kind(kWord), word(pattern) {}

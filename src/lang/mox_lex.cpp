@@ -10,10 +10,10 @@ namespace mox {
 namespace {
 
 constexpr std::string_view keywords[] = {
-    "ABS",   "DATE",  "INT", "RND",  "SGN",   "SIN",      "SQR",  "LEN",     "MID",
-    "INSTR", "UCASE", "LCASE", "CHR", "COLOR", "INKEY",   "ASC",  "LEFT",    "RIGHT",
-    "VAL",   "STR",   "FREEFILE", "EOF", "RUN", "DIR",    "SDIR", "RECNO",   "DELETED",
-    "TEST",  "TRIM",  "TYPE3", "NEXT", "ALL",  "RECORD",  "FOR",  "TO",
+    "ABS",   "DATE",  "INT",      "RND",  "SGN",   "SIN",    "SQR",  "LEN",   "MID",
+    "INSTR", "UCASE", "LCASE",    "CHR",  "COLOR", "INKEY",  "ASC",  "LEFT",  "RIGHT",
+    "VAL",   "STR",   "FREEFILE", "EOF",  "RUN",   "DIR",    "SDIR", "RECNO", "DELETED",
+    "TEST",  "TRIM",  "TYPE3",    "NEXT", "ALL",   "RECORD", "FOR",  "TO",
 };
 
 // True when the texts of two tokens, joined, are read as the same two tokens.

@@ -26,9 +26,9 @@ struct CoreWord {
   Core core;
 };
 constexpr CoreWord coreWords[] = {
-    {"PUSH", Core::PUSH}, {"STOP", Core::STOP}, {"END", Core::END},   {"LBL", Core::LBL},
-    {"JP", Core::JP},     {"JPF", Core::JPF},   {"JPX", Core::JPX},   {"CMP", Core::CMP},
-    {"CALL", Core::CALL}, {"RET", Core::RET},   {"DUP", Core::DUP},   {"POP", Core::POP},
+    {"PUSH", Core::PUSH}, {"STOP", Core::STOP}, {"END", Core::END}, {"LBL", Core::LBL},
+    {"JP", Core::JP},     {"JPF", Core::JPF},   {"JPX", Core::JPX}, {"CMP", Core::CMP},
+    {"CALL", Core::CALL}, {"RET", Core::RET},   {"DUP", Core::DUP}, {"POP", Core::POP},
     {":", Core::source},
 };
 

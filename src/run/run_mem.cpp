@@ -80,15 +80,11 @@ bool _putVariable(std::string& bytes, int number) {
   const int length = VarGetProp(number, propLength);
   const int decimals = VarGetProp(number, propDecimals);
   switch (VarGetProp(number, propType)) {
-    case 'L':
-      memPutL(bytes, value);
-      return true;
+    case 'L': memPutL(bytes, value); return true;
     case 'N':
       memPutN(bytes, length, decimals, value);
       return length >= 0 && length <= maxByte && decimals >= 0 && decimals <= maxByte;
-    default:
-      memPutC(bytes, value);
-      return value.size() <= maxByte;
+    default: memPutC(bytes, value); return value.size() <= maxByte;
   }
 }
 
@@ -144,12 +140,9 @@ int memGetC(std::FILE* f, std::string_view name) {
 int _getVariable(std::FILE* f, const char (&head)[headSize]) {
   const std::string_view name(head, std::find(head, head + nameField, '\0'));
   switch (head[nameField] & typeMask) {
-    case 'L':
-      return memGetL(f, name);
-    case 'N':
-      return memGetN(f, name);
-    default:
-      return memGetC(f, name);
+    case 'L': return memGetL(f, name);
+    case 'N': return memGetN(f, name);
+    default: return memGetC(f, name);
   }
 }
 

@@ -12,9 +12,9 @@
 
 namespace mox {
 
-constexpr size_t evalSteps = 100;   // limit of an expression that runs once, and of an index key
-constexpr size_t scanSteps = 50;    // limit of a condition or expression that runs for each record
-constexpr int maxDoLevels = 100;    // command files that run inside each other
+constexpr size_t evalSteps = 100;  // limit of an expression that runs once, and of an index key
+constexpr size_t scanSteps = 50;   // limit of a condition or expression that runs for each record
+constexpr int maxDoLevels = 100;   // command files that run inside each other
 
 // Compiles and runs a command file: 0 if it could be read, whatever became of it, else -1. A file
 // that doesn't compile leaves its error; one whose last block is open does nothing.

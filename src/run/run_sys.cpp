@@ -34,12 +34,9 @@ void _setFormat(const std::string& operand) {
 // The bytes that a variable counts in the listing.
 int _bytesUsed(int number) {
   switch (VarGetProp(number, propType)) {
-    case 'L':
-      return 2;
-    case 'N':
-      return 7;
-    default:
-      return VarGetProp(number, propLength) + 1;
+    case 'L': return 2;
+    case 'N': return 7;
+    default: return VarGetProp(number, propLength) + 1;
   }
 }
 

@@ -60,8 +60,7 @@ Typ _bareTyp(std::string_view text) {
 }  // namespace
 
 Typ GetTyp(std::string_view text) {
-  if (!text.empty() && text[0] == '"')
-    return {'C', static_cast<int>(qs2s(text).size()), 0, 0};
+  if (!text.empty() && text[0] == '"') return {'C', static_cast<int>(qs2s(text).size()), 0, 0};
   const size_t comma = text.find(',');
   if (comma == text.npos) return _bareTyp(text);
   Typ typ;

@@ -21,7 +21,7 @@ struct Typ {
   char type = 'N';  // C, N or L; or whatever letter stands in a VTLD tail
   int length = 0;
   int decimals = 0;
-  int bare = 0;     // -1 for a bare true (Y, y, T, t), -2 for a bare false (N, n, F, f), else 0
+  int bare = 0;  // -1 for a bare true (Y, y, T, t), -2 for a bare false (N, n, F, f), else 0
 };
 
 // Reads the type of a value. A comma that doesn't begin ",letter,length,decimals" is an internal

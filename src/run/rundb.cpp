@@ -43,8 +43,7 @@ bool _noArguments(const std::string& count, const char* function) {
 
 // The tables in use: true when there are any.
 bool _sayTables() {
-  static constexpr const char* use[maxAreas] = {"PRIMARY USE", "SECONDARY USE", "AREA C",
-                                                "AREA D"};
+  static constexpr const char* use[maxAreas] = {"PRIMARY USE", "SECONDARY USE", "AREA C", "AREA D"};
   bool any = false;
   if (dbOPEN(selectedArea)) {
     any = true;
@@ -73,12 +72,15 @@ void _saySettings() {
     OptSlot slot;
   };
   static constexpr Shown shown[] = {
-      {"ALTERNATE", optALTERNATE}, {"BELL", optBELL},       {"CARRY", optCARRY},
-      {"COLON", optCOLON},         {"CONFIRM", optCONFIRM}, {"CONSOLE", optCONSOLE},
-      {"DEBUG", optDEBUG},         {"DELETE", optDELETED},  {"ECHO", optECHO},
-      {"EJECT", optEJECT},         {"ESCAPE", optESCAPE},   {"EXACT", optEXACT},
-      {"INTENSITY", optINTENSITY}, {"LINKAGE", optLINKAGE}, {"PRINT", optPRINT},
-      {"RAW", optRAW},             {"STEP", optSTEP},       {"TALK", optTALK},
+      {"ALTERNATE", optALTERNATE}, {"BELL", optBELL},
+      {"CARRY", optCARRY},         {"COLON", optCOLON},
+      {"CONFIRM", optCONFIRM},     {"CONSOLE", optCONSOLE},
+      {"DEBUG", optDEBUG},         {"DELETE", optDELETED},
+      {"ECHO", optECHO},           {"EJECT", optEJECT},
+      {"ESCAPE", optESCAPE},       {"EXACT", optEXACT},
+      {"INTENSITY", optINTENSITY}, {"LINKAGE", optLINKAGE},
+      {"PRINT", optPRINT},         {"RAW", optRAW},
+      {"STEP", optSTEP},           {"TALK", optTALK},
   };
   for (size_t i = 0; i < std::size(shown); ++i)
     std::printf("%-9s - %-3s%s", shown[i].name, g_opt[shown[i].slot] ? "ON" : "OFF",
@@ -130,7 +132,7 @@ int OpUse(int depth, Stack& stk) {
 }
 
 int OpSelect(int depth, Stack& stk) {
-  static constexpr AreaName names[] = {{"A", 0}, {"B", 1}, {"C", 2},
+  static constexpr AreaName names[] = {{"A", 0}, {"B", 1},       {"C", 2},
                                        {"D", 3}, {"PRIMARY", 0}, {"SECONDARY", 1}};
   const std::string word = strUpper(stk[depth - 1]);
   for (const AreaName& n : names) {

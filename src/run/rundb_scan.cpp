@@ -66,8 +66,7 @@ int _markRecords(int depth, Stack& stk, bool counts, int (*mark)(int), const cha
 
 // From the current record on to the first that qualifies, and tells where the table stands.
 void _seek(Expr& condition) {
-  while (!dbEOF(selectedArea) && !Interrupted() && !Qualifies(condition))
-    dbSkip(selectedArea, 1);
+  while (!dbEOF(selectedArea) && !Interrupted() && !Qualifies(condition)) dbSkip(selectedArea, 1);
   if (Interrupted()) return;
   if (dbEOF(selectedArea)) {
     if (g_opt[optTALK]) std::printf("END OF FILE ENCOUNTERED\n");
@@ -118,8 +117,7 @@ void _finishSums(const std::vector<Sum>& sums, const SumOperands& at, const Stac
     std::printf("\n");
   }
   for (int i = 0; i < at.n && i < at.m; ++i)
-    PutNumber(stk[at.firstName + i], FmtFix(sums[i].total, 0, 6), sums[i].length,
-              sums[i].decimals);
+    PutNumber(stk[at.firstName + i], FmtFix(sums[i].total, 0, 6), sums[i].length, sums[i].decimals);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ namespace mox {
 
 namespace {
 
+// clang-format off
 constexpr StepEntry steps[] = {
     // step       handler          before -> after
     {"=ABS", OpAbs},            // x 1 -> r
@@ -127,9 +128,12 @@ constexpr StepEntry steps[] = {
     {"USE", OpUse},             // file ->
     {"WAIT", OpWait},           // [name] c ->
 };
+// clang-format on
 
 static_assert(std::is_sorted(std::begin(steps), std::end(steps),
-                             [](const StepEntry& a, const StepEntry& b) { return a.word < b.word; }),
+                             [](const StepEntry& a, const StepEntry& b) {
+                               return a.word < b.word;
+                             }),
               "a word is looked up by binary search");
 
 }  // namespace

@@ -205,12 +205,8 @@ void _actOnKey(View& v, int key) {
     case keyCtrlA:
       if (v.off > 0) _pan(v, v.off - 1);
       break;
-    case keyCtrlZ:
-      _pan(v, std::max(v.off - 1, 0));
-      break;
-    case keyCtrlB:
-      _pan(v, v.off < last ? v.off + 1 : v.off);
-      break;
+    case keyCtrlZ: _pan(v, std::max(v.off - 1, 0)); break;
+    case keyCtrlB: _pan(v, v.off < last ? v.off + 1 : v.off); break;
     case keyCtrlF:
     case keyTab:
       if (v.off <= lastPan && v.off < last) _pan(v, v.off + 1);
@@ -230,9 +226,7 @@ void _actOnKey(View& v, int key) {
         dbDelete(selectedArea);
       SayHeadline();
       break;
-    case keySave:
-      _writeIfChanged(v);
-      break;
+    case keySave: _writeIfChanged(v); break;
   }
 }
 

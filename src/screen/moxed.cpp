@@ -127,30 +127,18 @@ void _delete(TextEditor& e) {
 
 void _actOnKey(TextEditor& e, int key) {
   switch (key) {
-    case keyRight:
-      e.col = std::min(e.col + 1, lastCol);
-      break;
+    case keyRight: e.col = std::min(e.col + 1, lastCol); break;
     case keyBackspace:
-    case keyLeft:
-      e.col = std::max(e.col - 1, 0);
-      break;
-    case keyUp:
-      _up(e);
-      break;
-    case keyDown:
-      _down(e);
-      break;
+    case keyLeft: e.col = std::max(e.col - 1, 0); break;
+    case keyUp: _up(e); break;
+    case keyDown: _down(e); break;
     case keyLineFeed:
-    case keyEnter:
-      _splitLine(e);
-      break;
+    case keyEnter: _splitLine(e); break;
     case keyInsert:
       e.ins = !e.ins;
       ScrSayInsert(e.ins);
       break;
-    case keyDelete:
-      _delete(e);
-      break;
+    case keyDelete: _delete(e); break;
     default:
       if (IsPrintable(key)) _enter(e, key);
   }

@@ -80,9 +80,7 @@ void _actOnKey(RecordEditor& e) {
       break;
     case keyTab:
     case keyEnter:
-    case keyDown:
-      ++e.i;
-      break;
+    case keyDown: ++e.i; break;
     case keyMark:
       dbDelToggle(selectedArea);
       _sayDeleted();

@@ -66,17 +66,12 @@ void _cursorTo(int row, int col, const Entry& e) {
 
 int _trans(int c, char picture) {
   switch (picture) {
-    case 'X':
-      return c;
+    case 'X': return c;
     case '9':
-    case '#':
-      return _isNumeric(c) ? c : -1;
-    case 'A':
-      return _isLetter(c) ? c : -1;
-    case '!':
-      return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c;
-    default:
-      return -1;
+    case '#': return _isNumeric(c) ? c : -1;
+    case 'A': return _isLetter(c) ? c : -1;
+    case '!': return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c;
+    default: return -1;
   }
 }
 
@@ -115,9 +110,7 @@ int ScrGet(int row, int col, std::string& text, char type, std::string_view pict
       case keyLeft:
         if (e.at > 0) --e.at;
         break;
-      case keyDelete:
-        e.remove();
-        break;
+      case keyDelete: e.remove(); break;
       case keyBackspace:
         if (e.at > 0) {
           --e.at;

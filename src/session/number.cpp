@@ -18,7 +18,7 @@ constexpr int _minInt = std::numeric_limits<int>::min();
 // No double has more digits than these before or behind its point: what goes beyond is zeros.
 constexpr int _maxWhole = 309;
 constexpr int _maxDecimals = 1074;
-constexpr int _maxExact = 15;      // digits that a double always holds
+constexpr int _maxExact = 15;     // digits that a double always holds
 constexpr int _dfltDecimals = 6;  // what a negative count of decimals means
 
 bool _isDigit(const char* p, const char* end) { return p < end && *p >= '0' && *p <= '9'; }

@@ -10,10 +10,10 @@ std::string g_optval[optSlots];
 namespace {
 
 const char* const optNames[optNamed] = {
-    "C0",      "C1",     "C2",       "R1",      "ALTERNATE", "BELL",  "CARRY",
-    "COLON",   "CONFIRM", "CONSOLE", "DATE",    "DEFAULT",   "DELETED", "DEBUG",
-    "ECHO",    "EJECT",  "ESCAPE",   "EXACT",   "FORMAT",    "HEADING", "INTENSITY",
-    "LINKAGE", "MARGIN", "PRINT",    "RAW",     "SCREEN",    "STEP",  "TALK",
+    "C0",      "C1",      "C2",      "R1",    "ALTERNATE", "BELL",    "CARRY",
+    "COLON",   "CONFIRM", "CONSOLE", "DATE",  "DEFAULT",   "DELETED", "DEBUG",
+    "ECHO",    "EJECT",   "ESCAPE",  "EXACT", "FORMAT",    "HEADING", "INTENSITY",
+    "LINKAGE", "MARGIN",  "PRINT",   "RAW",   "SCREEN",    "STEP",    "TALK",
 };
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 namespace mox {
 
+// clang-format off
 enum OptSlot {
   optC0, optC1, optC2, optR1, optALTERNATE, optBELL, optCARRY, optCOLON, optCONFIRM, optCONSOLE,
   optDATE, optDEFAULT, optDELETED, optDEBUG, optECHO, optEJECT, optESCAPE, optEXACT, optFORMAT,
@@ -17,6 +18,7 @@ enum OptSlot {
   optINSERT = 29, // insert mode of field entry; no name reaches it
   optSlots = 40,
 };
+// clang-format on
 
 extern int g_opt[optSlots];
 extern std::string g_optval[optSlots];  // an unset text is empty

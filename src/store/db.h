@@ -49,7 +49,7 @@ int dbSelected();
 // True when an area holds this file as its table or as an index, however the path is spelt.
 bool dbInUse(const std::string& filename);
 
-std::string dbFn(int area);  // file name; empty when the area is closed
+std::string dbFn(int area);               // file name; empty when the area is closed
 const std::string& dbFILENAME(int area);  // the same, with no test
 bool dbOPEN(int area);
 int dbCOLS(int area);

@@ -233,7 +233,8 @@ int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk) {
   if (!_keyShape(expr, steps, typ)) return -1;
   const NewFile made{_mayReplace(name) ? FileBeside(name) : std::string()};
   NdxFile x;
-  if (made.name.empty() || ndxCreate(x, made.name, expr, typ.type, typ.length) != 0) return _cantCreate(name);
+  if (made.name.empty() || ndxCreate(x, made.name, expr, typ.type, typ.length) != 0)
+    return _cantCreate(name);
   if (_addRecords(x, talk) != 0) return -1;
   const int result = ndxFlush(x);
   if (result != 0) return _indexFailed(x, result);

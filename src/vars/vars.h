@@ -21,24 +21,24 @@ constexpr int maxVars = 100;
 constexpr int maxProps = 10;
 
 enum VarProp {
-  propRows = 0,     // set by VarDim, never changed
-  propCols = 1,     // the same
-  propType = 2,     // 'N', 'L' or 'C'; of the whole variable: the last store decides
-  propLength = 3,   // display width
+  propRows = 0,    // set by VarDim, never changed
+  propCols = 1,    // the same
+  propType = 2,    // 'N', 'L' or 'C'; of the whole variable: the last store decides
+  propLength = 3,  // display width
   propDecimals = 4,
 };
 
 // Results of the storing operations.
 enum VarResult {
-  varNoArray = -1,   // no such number; a new name with a subscript; VarDim: the name exists
-  varNoElement = -2, // a subscript outside the dimensions
-  varFull = -3,      // 100 variables are in use
-  varDotted = -4,    // the name holds a dot
+  varNoArray = -1,    // no such number; a new name with a subscript; VarDim: the name exists
+  varNoElement = -2,  // a subscript outside the dimensions
+  varFull = -3,       // 100 variables are in use
+  varDotted = -4,     // the name holds a dot
 };
 
 int VarCount();
-int VarNum(std::string_view name);        // the number, or -1
-const std::string* VarName(int number);   // null for a bad number
+int VarNum(std::string_view name);       // the number, or -1
+const std::string* VarName(int number);  // null for a bad number
 
 // Creates a variable of empty elements: its number, or a VarResult.
 int VarDim(std::string_view name, int rows, int cols);
