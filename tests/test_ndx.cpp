@@ -192,16 +192,7 @@ TEST_F(Ndx, ShortHistoriesAtTheRightEdge) {
   }
 }
 
-TEST_F(Ndx, BytesOfASmallFile) {
-  ASSERT_EQ(0, ndxCreate(x, "A", "NAME", 'C', 4));
-  ASSERT_EQ(0, ndxAdd(x, 3, "AB"));
-  ASSERT_EQ(0, ndxFlush(x));
-  std::string file = std::string("\0\0\1\0\2\0\6\x08\x3F\0NAME", 14);
-  file.resize(ndxPageSize);
-  file += std::string("\1\0\0\3\0AB  \0\0", 11);
-  file.resize(2 * ndxPageSize);
-  EXPECT_EQ(file, Bytes("A.ndx"));
-
+TEST_F(Ndx, NumericKeysAndRefusals) {
   // A numeric key and its order: below 1 comes 0, below that 0.5.
   ASSERT_EQ(0, ndxCreate(x, "B", "X", 'N', 0));
   const char* const values[] = {"-123.45", "-1", "-0.5", "0.5", "0", "1", "123.45"};
