@@ -104,7 +104,8 @@ TEST_F(ScreenTest, FormDrawsAndSaves) {
 }
 
 TEST_F(ScreenTest, FormPlacesAndPictures) {
-  PutBytes("a.cmd",
+  PutBytes(
+      "a.cmd",
       "STORE \"12x45\" TO P\nSTORE T TO L\nSTORE 3 TO N\nSTORE \"ab\" TO S\nCOUNT TO C\n"
       "ERASE\n@ 2,79 GET S\n@ 3,70 SAY \"ABCDEFGHIJ\" GET S\n@ 4,0 SAY 1.5\n@ 4,10 SAY T\n"
       "@ 5,0 GET P PICTURE \"99.99\"\n@ 6,0 GET S PICTURE \"--\"\n@ 7,0 GET L\n@ 8,0 GET S PICTURE "
@@ -131,7 +132,8 @@ TEST_F(ScreenTest, FormPlacesAndPictures) {
      {{22, 70, "1234567890"}, {23, 60, ":abc" + std::string(16, 'L')}});
   EXPECT_EQ(screen_->Cursor(), std::pair(23, 79));
   Do(kSave);
-  EXPECT_EQ(Records("p.dbf").substr(61), " abc" + std::string(40, 'L') + "Z" + std::string(16, 'L'));
+  EXPECT_EQ(Records("p.dbf").substr(61),
+            " abc" + std::string(40, 'L') + "Z" + std::string(16, 'L'));
   Lines({"ERASE", "? L", "? S"});
   EXPECT_NE(screen_->All().find("\n .T."), std::string::npos) << screen_->All();
   EXPECT_NE(screen_->All().find("\n ZZ\n"), std::string::npos) << screen_->All();
@@ -140,8 +142,8 @@ TEST_F(ScreenTest, FormPlacesAndPictures) {
 
 TEST_F(ScreenTest, FieldEntry) {
   PutBytes("a.cmd",
-      "STORE \"abcd\" TO S\nSTORE \"q\" TO W\nERASE\n@ 5,0 GET S\n@ 6,0 GET W\nREAD\n? "
-      "S+W+\"|\"\n");
+           "STORE \"abcd\" TO S\nSTORE \"q\" TO W\nERASE\n@ 5,0 GET S\n@ 6,0 GET W\nREAD\n? "
+           "S+W+\"|\"\n");
   Start();
   struct {
     std::string keys, text;
@@ -318,7 +320,7 @@ TEST_F(ScreenTest, AnyKeys) {
   Table("p.dbf", {"A,C,1", "N,N,6,2", "W,C,254", "L,L,1"},
         {"a  1.25" + std::string(254, 'w') + "T", std::string(262, '\x1b')});
   PutBytes("f.fmt",
-      "@ 5,5 GET A PICTURE \"!\"\n@ 6,5 GET N\n@ 22,70 GET W\n@ 3,3 GET W PICTURE \"A-9\"\n");
+           "@ 5,5 GET A PICTURE \"!\"\n@ 6,5 GET N\n@ 22,70 GET W\n@ 3,3 GET W PICTURE \"A-9\"\n");
   PutBytes("a.cmd", "* a line\n" + std::string(130, 'x') + "\n");
   const std::string text = Bytes("a.cmd"), header = Bytes("p.dbf").substr(0, 521);
   std::mt19937 random(7);
