@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Makes the Debian package of a build folder, unpacks it into a clean folder tree, and runs from
-# there the tour, which must print what the folder's own program prints, and the installed help.
+# there the tour, which must print what the folder's own program prints, and the installed help;
+# the same help for a plain installation.
 #   package.sh BUILD
 set -euo pipefail
 build=$(realpath "$1")
@@ -15,9 +16,12 @@ cp -r "$tree/root/usr/share/doc/mox/examples" "$tree/kept"
 (cd "$tree/kept" && "$build/mox" tour) >"$tree/own"
 cmp "$tree/installed" "$tree/own"
 grep -q 'And all as it was' "$tree/installed"
+cmake --install "$build" --prefix "$tree/prefix" >/dev/null
 mkdir "$tree/empty"
 cd "$tree/empty"
-echo HELP LIST | "$mox" >../help
-grep -q 'Shows records' ../help
+for installed in "$mox" "$tree/prefix/bin/mox"; do
+  echo HELP LIST | "$installed" >../help
+  grep -q 'Shows records' ../help
+done
 echo HELP LIST | "$build/mox" >../help
 grep -q 'moxhelp.txt file missing' ../help
