@@ -8,12 +8,12 @@
 
 #include "lang/compile.h"
 #include "lang/mox_gmr.h"
-#include "run/run_nest.h"
-#include "run/run_value.h"
+#include "run/run_expr.h"
 #include "session/error.h"
 #include "session/misc.h"
 #include "session/options.h"
 #include "session/strreplace.h"
+#include "session/value.h"
 
 namespace mox {
 

@@ -7,7 +7,7 @@
 #include "commands/moxsort.h"
 #include "commands/moxtotal.h"
 #include "commands/sdf.h"
-#include "run/run_nest.h"
+#include "run/prompt.h"
 #include "session/error.h"
 #include "store/db.h"
 #include "temp_dir.h"
@@ -40,7 +40,7 @@ TEST(Csv, Values) {
 
 class Tables : public testing::Test {
  protected:
-  Tables() { dbInit(), errnum = errNone; }
+  Tables() { SessionInit(); }
   ~Tables() override { dbInit(); }
 
   // A table of a number and a text that few records share, in no order.

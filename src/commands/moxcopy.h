@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "run/run_nest.h"
+#include "run/run_expr.h"
 #include "session/misc.h"
 
 namespace mox {

@@ -5,11 +5,12 @@
 
 #include "commands/target.h"
 #include "run/handlers.h"
-#include "run/rundb.h"
+#include "run/rundb_scan.h"
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
 #include "session/session.h"
+#include "session/value.h"
 #include "store/db.h"
 
 namespace mox {

@@ -7,7 +7,7 @@
 #include "commands/moxcopy.h"
 #include "commands/target.h"
 #include "run/handlers.h"
-#include "run/rundb.h"
+#include "run/rundb_scan.h"
 #include "session/error.h"
 #include "session/files.h"
 #include "session/options.h"

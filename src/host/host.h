@@ -9,8 +9,7 @@
 
 #include <cstddef>
 #include <string>
-
-#include "session/misc.h"
+#include <vector>
 
 namespace mox {
 
@@ -60,7 +59,7 @@ std::string OS_GetProgDir();
 // The names, without directory part, of the files (or directories, but "." and "..") that fit a
 // pattern, in the host's order. The pattern has a directory part and a last part in which * fits
 // any run of characters and ? one character; letters match without case.
-Lines OS_GetFileList(const std::string& pattern);
-Lines OS_GetDirList(const std::string& pattern);
+std::vector<std::string> OS_GetFileList(const std::string& pattern);
+std::vector<std::string> OS_GetDirList(const std::string& pattern);
 
 }  // namespace mox

@@ -1,5 +1,6 @@
 // Directory listings, the same on every host that has the standard file system library.
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 #include "host/host.h"
@@ -11,6 +12,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+char _upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
+
 // True when the whole name fits the pattern. On a misfit the last star takes one byte more.
 bool _fits(std::string_view name, std::string_view pattern) {
   size_t n = 0, p = 0, star = pattern.npos, starName = 0;
@@ -18,8 +21,7 @@ bool _fits(std::string_view name, std::string_view pattern) {
     if (p < pattern.size() && pattern[p] == '*') {
       star = p++;
       starName = n;
-    } else if (p < pattern.size() &&
-               (pattern[p] == '?' || UpperChr(pattern[p]) == UpperChr(name[n]))) {
+    } else if (p < pattern.size() && (pattern[p] == '?' || _upper(pattern[p]) == _upper(name[n]))) {
       ++n;
       ++p;
     } else if (star != pattern.npos) {
@@ -32,11 +34,11 @@ bool _fits(std::string_view name, std::string_view pattern) {
   return pattern.find_first_not_of('*', p) == pattern.npos;
 }
 
-Lines _GetDirFileList(const std::string& pattern, bool dirs) {
+std::vector<std::string> _GetDirFileList(const std::string& pattern, bool dirs) {
   const fs::path path = PathOf(pattern);
   const std::string last = NameOf(path);
   const fs::path dir = path.has_parent_path() ? path.parent_path() : fs::path(".");
-  Lines names;
+  std::vector<std::string> names;
   std::error_code ec;
   for (fs::directory_iterator i(dir, ec), end; !ec && i != end; i.increment(ec)) {
     std::error_code unknown;  // of a link that leads nowhere: listed as a file
@@ -49,8 +51,12 @@ Lines _GetDirFileList(const std::string& pattern, bool dirs) {
 
 }  // namespace
 
-Lines OS_GetFileList(const std::string& pattern) { return _GetDirFileList(pattern, false); }
+std::vector<std::string> OS_GetFileList(const std::string& pattern) {
+  return _GetDirFileList(pattern, false);
+}
 
-Lines OS_GetDirList(const std::string& pattern) { return _GetDirFileList(pattern, true); }
+std::vector<std::string> OS_GetDirList(const std::string& pattern) {
+  return _GetDirFileList(pattern, true);
+}
 
 }  // namespace mox

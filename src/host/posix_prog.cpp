@@ -25,8 +25,8 @@ namespace {
 
 // Words of a command line: blanks part them, single and double quotes hold them together, and a
 // backslash takes the next byte as it is, between double quotes only a quote or a backslash.
-Lines _shellWords(const std::string& text) {
-  Lines words;
+std::vector<std::string> _shellWords(const std::string& text) {
+  std::vector<std::string> words;
   bool inWord = false;
   char quote = 0;
   for (size_t i = 0; i < text.size(); ++i) {
@@ -96,7 +96,7 @@ int _run(std::vector<char*> argv) {
 }  // namespace
 
 int OS_RunProgWait(const std::string& program, const std::string& args, int) {
-  Lines words = _shellWords(args);
+  std::vector<std::string> words = _shellWords(args);
   std::string name = program;
   std::vector<char*> argv{name.data()};
   for (std::string& word : words) argv.push_back(word.data());

@@ -16,19 +16,21 @@ int OpPow(int depth, Stack& stk);
 int OpAnd(int depth, Stack& stk);
 int OpOr(int depth, Stack& stk);
 int OpNot(int depth, Stack& stk);
+int OpInc(int depth, Stack& stk);
+int OpDec(int depth, Stack& stk);
 
 // run_var
 int OpGetV(int depth, Stack& stk);
 int OpPutV(int depth, Stack& stk);
 int OpStore(int depth, Stack& stk);
-int OpInc(int depth, Stack& stk);
-int OpDec(int depth, Stack& stk);
 int OpRelease(int depth, Stack& stk);
 
 // run_nest
 int OpDoCmd(int depth, Stack& stk);
 int OpReturn(int depth, Stack& stk);
 int OpCancel(int depth, Stack& stk);
+
+// run_expr
 int OpEval(int depth, Stack& stk);
 
 // run_print
@@ -141,14 +143,10 @@ int OpRead(int depth, Stack& stk);
 int OpClGets(int depth, Stack& stk);
 int OpCls(int depth, Stack& stk);
 int OpClEol(int depth, Stack& stk);
-
-// moxedit, moxbrowse, moxed
 int OpEdit(int depth, Stack& stk);
 int OpBrowse(int depth, Stack& stk);
-int OpMdComm(int depth, Stack& stk);
-
-// moxcreate
 int OpCreate(int depth, Stack& stk);
 int OpMdStru(int depth, Stack& stk);
+int OpMdComm(int depth, Stack& stk);
 
 }  // namespace mox

@@ -5,10 +5,10 @@
 // every other word is a row of the step table (steptab.cpp), the only place that knows all
 // handlers.
 //
-// Values travel on an operand stack of texts (run_value.h tells their forms). A handler takes all
-// its input from the stack, top at stk[depth - 1], and returns the change of the depth. It reports
-// an error through the error slot; the machine stops behind the step, whose effect on the stack
-// still counts. Slots at or above the depth hold nothing that anyone may read.
+// Values travel on an operand stack of texts (session/value.h tells their forms). A handler takes
+// all its input from the stack, top at stk[depth - 1], and returns the change of the depth. It
+// reports an error through the error slot; the machine stops behind the step, whose effect on the
+// stack still counts. Slots at or above the depth hold nothing that anyone may read.
 #pragma once
 
 #include <span>

@@ -7,11 +7,11 @@
 
 #include "host/host.h"
 #include "run/handlers.h"
-#include "run/run_nest.h"
-#include "run/run_value.h"
+#include "run/run_expr.h"
 #include "session/error.h"
 #include "session/misc.h"
 #include "session/number.h"
+#include "session/value.h"
 
 namespace mox {
 

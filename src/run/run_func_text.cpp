@@ -8,10 +8,10 @@
 
 #include "run/handlers.h"
 #include "run/run_func.h"
-#include "run/run_value.h"
 #include "session/error.h"
 #include "session/misc.h"
 #include "session/number.h"
+#include "session/value.h"
 
 namespace mox {
 

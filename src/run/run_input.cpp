@@ -7,13 +7,13 @@
 #include "host/host.h"
 #include "run/handlers.h"
 #include "run/run_out.h"
-#include "run/run_value.h"
 #include "run/run_var.h"
 #include "session/error.h"
 #include "session/files.h"
 #include "session/number.h"
 #include "session/options.h"
 #include "session/session.h"
+#include "session/value.h"
 
 namespace mox {
 

@@ -24,10 +24,10 @@
 #include <string_view>
 
 #include "run/handlers.h"
-#include "run/run_value.h"
 #include "session/error.h"
 #include "session/files.h"
 #include "session/number.h"
+#include "session/value.h"
 #include "store/bytes.h"
 #include "vars/vars.h"
 

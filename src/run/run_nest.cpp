@@ -12,17 +12,7 @@ namespace mox {
 
 namespace {
 
-constexpr size_t maxMacro = 200;  // characters of the value of a macro
-
 int doLevel = 0;
-
-// Compiles an expression that must give a list to run: 0 or -1.
-int _compileExpr(std::string_view text, size_t limit, Program& program) {
-  Lines steps;
-  if (doEval(text, limit, steps) != cmpDone || steps.empty()) return -1;
-  program = CutSteps(std::move(steps));
-  return 0;
-}
 
 }  // namespace
 
@@ -42,33 +32,6 @@ int DoFile(const std::string& path) {
   return 0;
 }
 
-int EvalExpr(std::string_view text, size_t max, std::string& result) {
-  NestGuard nest;
-  if (!nest.ok()) return -1;
-  Program program;
-  if (_compileExpr(text, evalSteps, program) != 0) return -1;
-  Stack stk;
-  if (doRun1(program, stk) != 1) return -1;
-  result = stk[0].substr(0, max);
-  return 0;
-}
-
-int ExprCompile(Expr& e) {
-  if (e.program && !g_opt[optC1] && !g_opt[optC2]) return 0;
-  e.program.emplace();
-  if (_compileExpr(e.text, e.limit, *e.program) == 0) return 0;
-  e.program.reset();
-  return -1;
-}
-
-int RunExpr(Expr& e, std::string& result) {
-  result.clear();
-  NestGuard nest;
-  if (!nest.ok() || doRun1(*e.program, e.stk) != 1) return -1;
-  result = e.stk[0];
-  return 0;
-}
-
 int OpDoCmd(int depth, Stack& stk) {
   if (DoFile(FnExt(stk[depth - 1], ".cmd")) != 0)
     SetErr("COMMAND FILE CANNOT BE FOUND\n", "DO CANCELLED");
@@ -83,12 +46,6 @@ int OpReturn(int, Stack&) {
 int OpCancel(int, Stack&) {
   if (g_opt[optTALK]) std::printf("DO CANCELLED\n");
   errnum = errSet;
-  return 0;
-}
-
-int OpEval(int depth, Stack& stk) {
-  const std::string text = qs2s(stk[depth - 1]);
-  if (EvalExpr(text, maxMacro, stk[depth - 1]) != 0) SynErr(text);
   return 0;
 }
 

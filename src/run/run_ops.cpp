@@ -11,9 +11,9 @@
 #include <iterator>
 
 #include "run/handlers.h"
-#include "run/run_value.h"
 #include "session/error.h"
 #include "session/number.h"
+#include "session/value.h"
 
 namespace mox {
 
@@ -84,6 +84,12 @@ int _compare(std::string_view a, std::string_view b) {
   return x < y ? -1 : x > y;
 }
 
+int _addToTop(int depth, Stack& stk, int change) {
+  if (depth < 1) return 0;
+  stk[depth - 1] = std::to_string(DblToInt(TxtToDbl(stk[depth - 1])) + change);
+  return 0;
+}
+
 }  // namespace
 
 int OpS2N(int depth, Stack& stk) {
@@ -143,6 +149,9 @@ int OpNot(int depth, Stack& stk) {
   stk[depth - 1] = L_ToVTLD(!L_FmVTLD(stk[depth - 1]));
   return 0;
 }
+
+int OpInc(int depth, Stack& stk) { return _addToTop(depth, stk, 1); }
+int OpDec(int depth, Stack& stk) { return _addToTop(depth, stk, -1); }
 
 int CmpOperator(std::string_view word) {
   for (size_t i = 0; i < std::size(cmpOps); ++i)

@@ -5,6 +5,7 @@
 
 #include "session/files.h"
 #include "session/options.h"
+#include "session/value.h"
 
 namespace mox {
 
@@ -37,6 +38,8 @@ void SayTxt(int column, std::string_view text) {
   }
   outcol += length;
 }
+
+void SayVal(int column, std::string_view value) { SayTxt(column, fmtExpr(value)); }
 
 void SayNL() {
   PrTxt("\n");

@@ -5,8 +5,8 @@
 
 #include "run/handlers.h"
 #include "run/run_out.h"
-#include "run/run_value.h"
 #include "session/number.h"
+#include "session/value.h"
 
 namespace mox {
 

@@ -5,7 +5,6 @@
 #include "host/host.h"
 #include "run/handlers.h"
 #include "run/run_out.h"
-#include "run/run_value.h"
 #include "run/run_var.h"
 #include "screen/moxread.h"
 #include "session/error.h"
@@ -14,6 +13,7 @@
 #include "session/number.h"
 #include "session/options.h"
 #include "session/session.h"
+#include "session/value.h"
 #include "store/db.h"
 #include "vars/vars.h"
 

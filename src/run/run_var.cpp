@@ -7,10 +7,10 @@
 
 #include "run/handlers.h"
 #include "run/run_out.h"
-#include "run/run_value.h"
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
+#include "session/value.h"
 #include "store/db.h"
 #include "vars/vars.h"
 
@@ -64,12 +64,6 @@ void _setTyp(int number, int type, int length, int decimals) {
   VarSetProp(number, propType, type);
   VarSetProp(number, propLength, type == 'N' ? std::max(length, minNumberLength) : length);
   VarSetProp(number, propDecimals, decimals);
-}
-
-int _addToTop(int depth, Stack& stk, int change) {
-  if (depth < 1) return 0;
-  stk[depth - 1] = std::to_string(DblToInt(TxtToDbl(stk[depth - 1])) + change);
-  return 0;
 }
 
 }  // namespace
@@ -137,9 +131,6 @@ int OpStore(int depth, Stack& stk) {
   }
   return change;
 }
-
-int OpInc(int depth, Stack& stk) { return _addToTop(depth, stk, 1); }
-int OpDec(int depth, Stack& stk) { return _addToTop(depth, stk, -1); }
 
 int OpRelease(int depth, Stack& stk) {
   const int count = TxtToInt(stk[depth - 1]);

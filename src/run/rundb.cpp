@@ -11,10 +11,10 @@
 #include "run/handlers.h"
 #include "run/run_input.h"
 #include "run/run_out.h"
-#include "run/run_value.h"
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
+#include "session/value.h"
 #include "store/db.h"
 
 namespace mox {

@@ -6,6 +6,7 @@
 #include "run/rundb.h"
 #include "session/error.h"
 #include "session/options.h"
+#include "session/value.h"
 #include "store/db.h"
 #include "store/ndx.h"
 

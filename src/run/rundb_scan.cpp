@@ -6,13 +6,14 @@
 
 #include "run/handlers.h"
 #include "run/run_out.h"
-#include "run/run_value.h"
 #include "run/run_var.h"
 #include "run/rundb.h"
+#include "run/rundb_scan.h"
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
 #include "session/session.h"
+#include "session/value.h"
 #include "store/db.h"
 
 namespace mox {
@@ -121,18 +122,6 @@ void _finishSums(const std::vector<Sum>& sums, const SumOperands& at, const Stac
 }
 
 }  // namespace
-
-int ScanCompile(Expr& e) {
-  if (ExprCompile(e) == 0) return 0;
-  SynErr(e.text);
-  return -1;
-}
-
-bool Qualifies(Expr& condition) {
-  std::string value;
-  RunExpr(condition, value);
-  return TxtToInt(value) != 0;
-}
 
 int ScanRecords(int start, int count, const std::string& condition,
                 const std::function<bool()>& action) {

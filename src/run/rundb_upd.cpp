@@ -3,10 +3,10 @@
 #include <cstdio>
 
 #include "run/handlers.h"
-#include "run/run_value.h"
 #include "run/rundb.h"
 #include "session/error.h"
 #include "session/options.h"
+#include "session/value.h"
 #include "store/db.h"
 
 namespace mox {

@@ -1,15 +1,20 @@
-// The steps of forms.
+// The steps of forms, editors and the screen.
 
 #include <algorithm>
+#include <cstdio>
 
 #include "run/handlers.h"
 #include "run/run_nest.h"
-#include "run/run_value.h"
-#include "run/rundb.h"
+#include "screen/moxbrowse.h"
+#include "screen/moxcreate.h"
+#include "screen/moxed.h"
+#include "screen/moxedit.h"
 #include "screen/moxread.h"
 #include "screen/scr.h"
 #include "session/error.h"
 #include "session/options.h"
+#include "session/value.h"
+#include "store/db.h"
 
 namespace mox {
 
@@ -53,6 +58,37 @@ int OpCls(int, Stack&) {
 int OpClEol(int depth, Stack& stk) {
   ScrClrEol(StackInt(stk[depth - 2]), StackInt(stk[depth - 1]));
   return -2;
+}
+
+int OpEdit(int, Stack&) {
+  MoxEdit();
+  return 0;
+}
+
+int OpBrowse(int depth, Stack& stk) {
+  MoxBrowse();
+  return -(StackInt(stk[depth - 1]) + 1);
+}
+
+int OpCreate(int depth, Stack& stk) {
+  MoxCreate(stk[depth - 1]);
+  return -1;
+}
+
+int OpMdStru(int, Stack&) {
+  if (!DbChk()) return 0;
+  std::printf("MODIFY ERASES ALL DATA RECORDS ... PROCEED? (Y/N) ");
+  const int key = ScrGetKey();
+  const bool yes = key == 'Y' || key == 'y';
+  std::printf("%c\n", yes ? 'Y' : 'N');
+  if (yes) MoxModiStru();
+  return 0;
+}
+
+int OpMdComm(int depth, Stack& stk) {
+  std::printf("%s", std::string(scrRows + 1, '\n').c_str());
+  MoxEd(FnExt(qs2s(stk[depth - 1]), ".cmd"));
+  return -1;
 }
 
 }  // namespace mox

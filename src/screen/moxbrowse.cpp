@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <string>
 
-#include "run/handlers.h"
-#include "run/rundb.h"
 #include "screen/scr.h"
 #include "session/misc.h"
 #include "session/number.h"
@@ -250,11 +248,6 @@ int MoxBrowse() {
   g_opt[optCOLON] = colon;
   ScrLeave();
   return 0;
-}
-
-int OpBrowse(int depth, Stack& stk) {
-  MoxBrowse();
-  return -(StackInt(stk[depth - 1]) + 1);
 }
 
 }  // namespace mox

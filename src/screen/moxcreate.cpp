@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "host/host.h"
-#include "run/handlers.h"
 #include "screen/scr.h"
 #include "session/error.h"
 #include "session/files.h"
@@ -181,21 +180,6 @@ int MoxModiStru() {
   if (result == 0 && dbINDEXED(selectedArea)) dbReindex(false);  // no record is left to be found
   dbTop(selectedArea);
   return result;
-}
-
-int OpMdStru(int, Stack&) {
-  if (!DbChk()) return 0;
-  std::printf("MODIFY ERASES ALL DATA RECORDS ... PROCEED? (Y/N) ");
-  const int key = ScrGetKey();
-  const bool yes = key == 'Y' || key == 'y';
-  std::printf("%c\n", yes ? 'Y' : 'N');
-  if (yes) MoxModiStru();
-  return 0;
-}
-
-int OpCreate(int depth, Stack& stk) {
-  MoxCreate(stk[depth - 1]);
-  return -1;
 }
 
 }  // namespace mox

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "run/handlers.h"
 #include "screen/scr.h"
 #include "session/error.h"
 #include "session/files.h"
@@ -188,12 +187,6 @@ int MoxEd(const std::string& path) {
   }
   ScrLeave();
   return result;
-}
-
-int OpMdComm(int depth, Stack& stk) {
-  std::printf("%s", std::string(scrRows + 1, '\n').c_str());
-  MoxEd(FnExt(qs2s(stk[depth - 1]), ".cmd"));
-  return -1;
 }
 
 }  // namespace mox

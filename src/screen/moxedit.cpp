@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "run/handlers.h"
 #include "screen/scr.h"
 #include "session/misc.h"
 #include "session/number.h"
@@ -141,11 +140,6 @@ int MoxEdit() {
   else if (dbDELETED(selectedArea) != deleted)
     dbDelToggle(selectedArea);
   ScrLeave();
-  return 0;
-}
-
-int OpEdit(int, Stack&) {
-  MoxEdit();
   return 0;
 }
 

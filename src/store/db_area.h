@@ -13,6 +13,7 @@ struct DbArea {
   DbfTable table;
   int ndxs = 0;  // index slots in use; those behind may be open while a rebuild runs
   std::array<NdxFile, maxIndexes> index;  // the first is the master
+  std::string row0;                       // image of the record before the change that is under way
 };
 
 extern DbArea db[maxAreas];

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "run/run_value.h"
 #include "session/error.h"
+#include "session/value.h"
 #include "store/db.h"
 #include "store/db_area.h"
 
@@ -16,8 +16,6 @@ namespace {
 
 constexpr size_t maxKeyValue = 102;  // characters of a key expression's value: 100 and two quotes
 constexpr int progressStep = 100;    // records
-
-std::string _row0;  // image of the record before the change that is under way
 
 bool _slotInRange(int slot) { return slot >= 0 && slot < maxIndexes; }
 
@@ -33,8 +31,8 @@ std::string _keyOf(std::string_view value) {
 }
 
 // Runs a key expression on the current record: 0 with its value, or -1.
-int _runKey(Expr& steps, std::string& value) {
-  const int result = RunExpr(steps, value);
+int _runKey(const Key& key, std::string& value) {
+  const int result = key.run(value);
   if (value.size() > maxKeyValue) value.resize(maxKeyValue);
   return result;
 }
@@ -90,9 +88,10 @@ int _moveKeys(DbArea& a, std::string& row0) {
 }
 
 // What INDEX ON needs of the first record's value. False after a report.
-bool _keyShape(std::string_view expr, Expr& steps, Typ& typ) {
+bool _keyShape(const std::string& expr, Typ& typ) {
+  const Key key = g_makeKey(expr);
   std::string value;
-  if (ExprCompile(steps) != 0 || _runKey(steps, value) != 0) SynErr(expr);
+  if (key.compile() != 0 || _runKey(key, value) != 0) SynErr(expr);
   if (errnum != errNone) return false;
   typ = GetTyp(value);
   if (typ.type != 'C' && typ.type != 'N')
@@ -111,8 +110,8 @@ int _addRecords(NdxFile& x, bool talk) {
   int count = 0;
   std::string value;
   for (; !dbEOF(selectedArea); dbSkip(selectedArea, 1)) {
-    if (ExprCompile(x.file->steps) != 0) continue;
-    const int result = _runKey(x.file->steps, value);
+    if (x.file->key.compile() != 0) continue;
+    const int result = _runKey(x.file->key, value);
     if (errnum == errTold) return -1;
     const bool failed = result != 0 || errnum != errNone;
     errnum = errNone;
@@ -171,7 +170,7 @@ bool dbNdxDamaged(NdxFile& x) {
 std::string dbKeyText(NdxFile& x) {
   if (!x.file) return {};
   std::string value;
-  _runKey(x.file->steps, value);
+  _runKey(x.file->key, value);
   return _keyOf(value);
 }
 
@@ -201,14 +200,15 @@ std::string dbNdxExpr(int area, int slot) {
 }
 
 void dbRepl0(int area) {
-  if (dbOPEN(area)) _row0 = dbAreaOf(area).table.row;
+  DbArea& a = dbAreaOf(area);
+  if (dbOPEN(area)) a.row0 = a.table.row;
 }
 
 int dbReplace(int area) {
   if (!dbOPEN(area)) return 0;
   DbArea& a = dbAreaOf(area);
   DbfTable& t = a.table;
-  std::string row0 = std::exchange(_row0, {});
+  std::string row0 = std::exchange(a.row0, {});
   row0.resize(t.row.size(), ' ');
   const int written = dbfReplace(t);
   if (written != 0) return written == dbfCantWrite ? dbWritten(t, written) : 0;
@@ -228,9 +228,8 @@ int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk) {
   const std::string name = FnExt(filename, ".ndx");
   dbTop(selectedArea);
   if (errnum != errNone) return -1;  // the order to go by is damaged
-  Expr steps(std::string(expr), evalSteps);
   Typ typ;
-  if (!_keyShape(expr, steps, typ)) return -1;
+  if (!_keyShape(std::string(expr), typ)) return -1;
   const NewFile made{_mayReplace(name) ? FileBeside(name) : std::string()};
   NdxFile x;
   if (made.name.empty() || ndxCreate(x, made.name, expr, typ.type, typ.length) != 0)

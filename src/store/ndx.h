@@ -51,8 +51,8 @@
 #include <string_view>
 #include <vector>
 
-#include "run/run_nest.h"
 #include "session/files.h"
+#include "store/key.h"
 
 namespace mox {
 
@@ -98,9 +98,9 @@ struct NdxPages {
   int type = 'C';  // 'C' or 'N'
   int itmlen = 0;
   int keylen = 0;
-  int maxitms = 0;            // most items that a page holds
-  std::string expr;           // key expression
-  Expr steps{"", evalSteps};  // the same, compiled at open
+  int maxitms = 0;   // most items that a page holds
+  std::string expr;  // key expression
+  Key key;           // the same, compiled at open
   std::array<unsigned char, ndxPageSize> header{};
   bool hdrChanged = false;
   int onDisk = 0;        // pages that the file has

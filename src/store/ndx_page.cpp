@@ -10,6 +10,8 @@
 
 namespace mox {
 
+Key (*g_makeKey)(const std::string& text) = nullptr;
+
 namespace {
 
 // Offsets in the header, in a page and in an item.
@@ -92,8 +94,8 @@ int _readHeader(NdxPages& f) {
   f.maxitms = (ndxPageSize - atItems - 2) / f.itmlen;
   const char* const expr = reinterpret_cast<const char*>(&f.header[atExpr]);
   f.expr.assign(expr, std::find(expr, expr + maxNdxExpr, '\0'));
-  f.steps = Expr(f.expr, evalSteps);
-  return ExprCompile(f.steps) == 0 ? 0 : ndxFail;
+  f.key = g_makeKey(f.expr);
+  return f.key.compile() == 0 ? 0 : ndxFail;
 }
 
 // The file, if an index has it open.

@@ -14,6 +14,10 @@ void AskAndRun1Cmd();
 // Runs one command file through DO and shows an error.
 void RunMoxProg(const std::string& name);
 
+// Puts everything that a session changes to where a session begins: options, numbered files, areas,
+// variables, forms, the error slot; and hands the store what it needs of the machine.
+void SessionInit();
+
 // The session: runs the command file, or without one shows the banner and the prompt until QUIT
 // or the end of the input. Tables that are open at the end stay as they stand on disk.
 int moxmain(const std::string* program);

@@ -1,8 +1,7 @@
-#include "run/run_value.h"
+#include "session/value.h"
 
 #include <algorithm>
 
-#include "run/run_out.h"
 #include "session/error.h"
 #include "session/misc.h"
 #include "session/number.h"
@@ -112,7 +111,5 @@ std::string fmtExpr(std::string_view text) {
   if (typ.type == 'N') return FmtFixSigned(TxtToDbl(text), typ.length, typ.decimals);
   return qs2s(text);
 }
-
-void SayVal(int column, std::string_view text) { SayTxt(column, fmtExpr(text)); }
 
 }  // namespace mox

@@ -46,7 +46,5 @@ std::string L_ToVTLD(bool truth);
 
 // The value as the user sees it.
 std::string fmtExpr(std::string_view text);
-// SayTxt of fmtExpr.
-void SayVal(int column, std::string_view text);
 
 }  // namespace mox

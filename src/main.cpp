@@ -1,8 +1,8 @@
 #include <string>
 
 #include "host/host.h"
+#include "run/prompt.h"
 #include "session/misc.h"
-#include "session/prompt.h"
 
 int main(int argc, char** argv) {
   if (argc == 2 && mox::ArgGet(argc, argv, "-ver")) {

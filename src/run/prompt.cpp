@@ -1,15 +1,18 @@
-#include "session/prompt.h"
+#include "run/prompt.h"
 
 #include <cstdio>
 
 #include "host/host.h"
 #include "lang/compile.h"
 #include "run/run.h"
+#include "run/run_expr.h"
+#include "screen/moxread.h"
 #include "session/error.h"
 #include "session/files.h"
 #include "session/options.h"
 #include "session/session.h"
 #include "store/db.h"
+#include "vars/vars.h"
 
 namespace mox {
 
@@ -62,12 +65,21 @@ void RunMoxProg(const std::string& name) {
   _sayError();
 }
 
-int moxmain(const std::string* program) {
+void SessionInit() {
   OptDefaults();
   K7Init();
+  VarClear();
+  AtClear();
+  g_makeKey = MakeKey;
   dbInit();
   g_keyboardCommand = AskAndRun1Cmd;
   g_quit = 0;
+  g_ended = false;
+  errnum = errNone;
+}
+
+int moxmain(const std::string* program) {
+  SessionInit();
   OS_CatchInterrupt();
   if (program) {
     RunMoxProg(*program);

@@ -1,0 +1,77 @@
+#include "run/run_expr.h"
+
+#include <memory>
+
+#include "lang/compile.h"
+#include "run/handlers.h"
+#include "session/error.h"
+#include "session/number.h"
+#include "session/options.h"
+
+namespace mox {
+
+namespace {
+
+constexpr size_t maxMacro = 200;  // characters of the value of a macro
+
+// Compiles an expression that must give a list to run: 0 or -1.
+int _compileExpr(std::string_view text, size_t limit, Program& program) {
+  Lines steps;
+  if (doEval(text, limit, steps) != cmpDone || steps.empty()) return -1;
+  program = CutSteps(std::move(steps));
+  return 0;
+}
+
+}  // namespace
+
+int EvalExpr(std::string_view text, size_t max, std::string& result) {
+  NestGuard nest;
+  if (!nest.ok()) return -1;
+  Program program;
+  if (_compileExpr(text, evalSteps, program) != 0) return -1;
+  Stack stk;
+  if (doRun1(program, stk) != 1) return -1;
+  result = stk[0].substr(0, max);
+  return 0;
+}
+
+int ExprCompile(Expr& e) {
+  if (e.program && !g_opt[optC1] && !g_opt[optC2]) return 0;
+  e.program.emplace();
+  if (_compileExpr(e.text, e.limit, *e.program) == 0) return 0;
+  e.program.reset();
+  return -1;
+}
+
+int RunExpr(Expr& e, std::string& result) {
+  result.clear();
+  NestGuard nest;
+  if (!nest.ok() || doRun1(*e.program, e.stk) != 1) return -1;
+  result = e.stk[0];
+  return 0;
+}
+
+int ScanCompile(Expr& e) {
+  if (ExprCompile(e) == 0) return 0;
+  SynErr(e.text);
+  return -1;
+}
+
+bool Qualifies(Expr& condition) {
+  std::string value;
+  RunExpr(condition, value);
+  return TxtToInt(value) != 0;
+}
+
+Key MakeKey(const std::string& text) {
+  const auto e = std::make_shared<Expr>(text, evalSteps);
+  return {[e] { return ExprCompile(*e); }, [e](std::string& value) { return RunExpr(*e, value); }};
+}
+
+int OpEval(int depth, Stack& stk) {
+  const std::string text = qs2s(stk[depth - 1]);
+  if (EvalExpr(text, maxMacro, stk[depth - 1]) != 0) SynErr(text);
+  return 0;
+}
+
+}  // namespace mox
