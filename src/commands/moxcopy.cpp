@@ -124,35 +124,28 @@ int moxApndFmDBF(const std::string& filename, const std::string& condition) {
   return result == 0 ? 0 : -1;
 }
 
-int OpCpyMox(int depth, Stack& stk) {
-  const int k = StackInt(stk[depth - 4]);
-  const int removed = k + 7;
-  if (!DbChk()) return -removed;
-  const Lines fields = StackNames(stk, depth - 4 - k, k);
-  const int start = StackInt(stk[depth - 6 - k]);
-  const int count = StackInt(stk[depth - 5 - k]);
-  const std::string& filename = stk[depth - removed];
-  const std::string& condition = stk[depth - 3];
-  if (stk[depth - 2][0] == 'Y')
-    moxCpyToSdf(start, count, fields, filename, condition, stk[depth - 1]);
+void OpCpyMox(Operands& o) {
+  if (!DbChk()) return;
+  const std::string& filename = o.text();
+  const int start = o.integer(), count = o.integer();
+  const Lines fields = o.list();
+  const std::string& condition = o.text();
+  if (o.text()[0] == 'Y')
+    moxCpyToSdf(start, count, fields, filename, condition, o.text());
   else
     moxCpyToDbf(start, count, fields, filename, condition);
-  return -removed;
 }
 
-int OpCpyDef(int depth, Stack& stk) {
-  const int k = StackInt(stk[depth - 1]);
-  const int removed = k + 2;
+void OpCpyDef(Operands& o) {
   std::string path;
-  if (!DbChk() || !TargetPath(FnExt(stk[depth - removed], ".dbf"), path)) return -removed;
-  if (dbCopyStruc(selectedArea, StackNames(stk, depth - 1 - k, k), path) == dbfCantWrite)
-    TargetLost(path);
-  return -removed;
+  if (!DbChk() || !TargetPath(FnExt(o.text(), ".dbf"), path)) return;
+  if (dbCopyStruc(selectedArea, o.list(), path) == dbfCantWrite) TargetLost(path);
 }
 
-int OpApndDbf(int depth, Stack& stk) {
-  if (DbChk()) moxApndFmDBF(stk[depth - 2], stk[depth - 1]);
-  return -2;
+void OpApndDbf(Operands& o) {
+  if (!DbChk()) return;
+  const std::string& filename = o.text();
+  moxApndFmDBF(filename, o.text());
 }
 
 }  // namespace mox

@@ -90,7 +90,7 @@ struct Equality {
 // The field that the three steps from a place on read, or nothing.
 std::optional<JoinField> _fieldRead(const Program& p, size_t at) {
   if (p[at].core != Core::PUSH || p[at + 1].core != Core::PUSH || p[at + 1].operand != "1" ||
-      p[at + 2].handler != OpGetV)
+      !p[at + 2].entry || p[at + 2].entry->handler != OpGetV)
     return std::nullopt;
   const std::string_view name = p[at].operand;
   const std::string_view bare = af2f(name);
@@ -183,12 +183,11 @@ int moxJoin(const std::string& filename, const std::string& condition, const Lin
   return TargetClose(t, _joinRecords(t, joined, test));
 }
 
-int OpJoin(int depth, Stack& stk) {
-  const int k = StackInt(stk[depth - 1]);
-  const int removed = k + 3;
-  if (DbChk())
-    moxJoin(stk[depth - removed], stk[depth - removed + 1], StackNames(stk, depth - 1 - k, k));
-  return -removed;
+void OpJoin(Operands& o) {
+  if (!DbChk()) return;
+  const std::string& filename = o.text();
+  const std::string& condition = o.text();
+  moxJoin(filename, condition, o.list());
 }
 
 }  // namespace mox

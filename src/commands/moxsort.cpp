@@ -136,16 +136,15 @@ int MoxSort(const std::string& field, const std::string& filename, int order) {
   return TargetClose(s.t, result) == 0 && errnum == errNone ? 0 : -2;
 }
 
-int OpSort(int depth, Stack& stk) {
-  constexpr int removed = 3;
-  if (!DbChk()) return -removed;
-  const std::string& field = stk[depth - 3];
-  const int result = MoxSort(field, stk[depth - 2], StackInt(stk[depth - 1]));
+void OpSort(Operands& o) {
+  if (!DbChk()) return;
+  const std::string& field = o.text();
+  const std::string& filename = o.text();
+  const int result = MoxSort(field, filename, o.integer());
   if (result == -1)
     SetErr("FIELD CANNOT BE FOUND", field);
   else if (result == 0 && g_opt[optTALK])
     std::printf("SORT COMPLETE\n");
-  return -removed;
 }
 
 }  // namespace mox

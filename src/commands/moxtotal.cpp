@@ -108,12 +108,11 @@ int moxTotal(const std::string& filename, const std::string& key, const Lines& n
   return 0;
 }
 
-int OpTotal(int depth, Stack& stk) {
-  const int k = StackInt(stk[depth - 1]);
-  const int removed = k + 3;
-  if (DbChk())
-    moxTotal(stk[depth - removed], stk[depth - removed + 1], StackNames(stk, depth - 1 - k, k));
-  return -removed;
+void OpTotal(Operands& o) {
+  if (!DbChk()) return;
+  const std::string& filename = o.text();
+  const std::string& key = o.text();
+  moxTotal(filename, key, o.list());
 }
 
 }  // namespace mox

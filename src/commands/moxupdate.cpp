@@ -76,18 +76,12 @@ int moxUpdate(int area, const std::string& filename, const std::string& key, con
   return errnum == errNone ? 0 : -1;
 }
 
-int OpUpdate(int depth, Stack& stk) {
-  const int c = StackInt(stk[depth - 1]);
-  const int atB = depth - 2 - c;
-  const int b = StackInt(stk[atB]);
-  const int atA = atB - 1 - b;
-  const int a = StackInt(stk[atA]);
-  const int removed = a + b + c + 5;
-  if (DbChk())
-    moxUpdate(selectedArea, stk[depth - removed], stk[depth - removed + 1],
-              StackNames(stk, atA - a, a), StackNames(stk, atB - b, b),
-              StackNames(stk, depth - 1 - c, c));
-  return -removed;
+void OpUpdate(Operands& o) {
+  if (!DbChk()) return;
+  const std::string& filename = o.text();
+  const std::string& key = o.text();
+  const Lines adds = o.list(), targets = o.list(), sources = o.list();
+  moxUpdate(selectedArea, filename, key, adds, targets, sources);
 }
 
 }  // namespace mox

@@ -156,9 +156,11 @@ int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
   return result == 0 ? 0 : -1;
 }
 
-int OpApndSdf(int depth, Stack& stk) {
-  if (DbChk()) moxApndFmSdf(stk[depth - 3], stk[depth - 2], stk[depth - 1]);
-  return -3;
+void OpApndSdf(Operands& o) {
+  if (!DbChk()) return;
+  const std::string& filename = o.text();
+  const std::string& delimiter = o.text();
+  moxApndFmSdf(filename, delimiter, o.text());
 }
 
 }  // namespace mox

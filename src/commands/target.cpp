@@ -36,8 +36,4 @@ void TargetLost(const std::string& path) {
   SetErr("CANNOT WRITE FILE", path);
 }
 
-Lines StackNames(const Stack& stk, int first, int n) {
-  return Lines(stk.begin() + first, stk.begin() + first + n);
-}
-
 }  // namespace mox

@@ -7,7 +7,6 @@
 
 #include <string>
 
-#include "run/run.h"
 #include "store/dbf.h"
 
 namespace mox {
@@ -24,8 +23,5 @@ int TargetOpen(DbfTable& t, const std::string& path);
 int TargetClose(DbfTable& t, int result);
 // Removes a target that couldn't be written, with the report.
 void TargetLost(const std::string& path);
-
-// n names from a place of the stack on.
-Lines StackNames(const Stack& stk, int first, int n);
 
 }  // namespace mox

@@ -1,152 +1,152 @@
 // The handlers of the steps, by source file. steptab.cpp tells what each finds on the stack.
 #pragma once
 
-#include "run/run.h"
+#include "run/operands.h"
 
 namespace mox {
 
 // run_ops
-int OpS2N(int depth, Stack& stk);
-int OpAdd(int depth, Stack& stk);
-int OpSub(int depth, Stack& stk);
-int OpMul(int depth, Stack& stk);
-int OpDiv(int depth, Stack& stk);
-int OpNeg(int depth, Stack& stk);
-int OpPow(int depth, Stack& stk);
-int OpAnd(int depth, Stack& stk);
-int OpOr(int depth, Stack& stk);
-int OpNot(int depth, Stack& stk);
-int OpInc(int depth, Stack& stk);
-int OpDec(int depth, Stack& stk);
+void OpS2N(Operands& o);
+void OpAdd(Operands& o);
+void OpSub(Operands& o);
+void OpMul(Operands& o);
+void OpDiv(Operands& o);
+void OpNeg(Operands& o);
+void OpPow(Operands& o);
+void OpAnd(Operands& o);
+void OpOr(Operands& o);
+void OpNot(Operands& o);
+void OpInc(Operands& o);
+void OpDec(Operands& o);
 
 // run_var
-int OpGetV(int depth, Stack& stk);
-int OpPutV(int depth, Stack& stk);
-int OpStore(int depth, Stack& stk);
-int OpRelease(int depth, Stack& stk);
+void OpGetV(Operands& o);
+void OpPutV(Operands& o);
+void OpStore(Operands& o);
+void OpRelease(Operands& o);
 
 // run_nest
-int OpDoCmd(int depth, Stack& stk);
-int OpReturn(int depth, Stack& stk);
-int OpCancel(int depth, Stack& stk);
+void OpDoCmd(Operands& o);
+void OpReturn(Operands& o);
+void OpCancel(Operands& o);
 
 // run_expr
-int OpEval(int depth, Stack& stk);
+void OpEval(Operands& o);
 
 // run_print
-int OpPr(int depth, Stack& stk);
-int OpPrAt(int depth, Stack& stk);
-int OpPrLn(int depth, Stack& stk);
+void OpPr(Operands& o);
+void OpPrAt(Operands& o);
+void OpPrLn(Operands& o);
 
 // run_input
-int OpAccept(int depth, Stack& stk);
-int OpInput(int depth, Stack& stk);
-int OpWait(int depth, Stack& stk);
+void OpAccept(Operands& o);
+void OpInput(Operands& o);
+void OpWait(Operands& o);
 
 // run_func
-int OpAbs(int depth, Stack& stk);
-int OpInt(int depth, Stack& stk);
-int OpSqr(int depth, Stack& stk);
-int OpRnd(int depth, Stack& stk);
-int OpInKey(int depth, Stack& stk);
-int OpDir(int depth, Stack& stk);
-int OpSDir(int depth, Stack& stk);
-int OpRun(int depth, Stack& stk);
-int OpType3(int depth, Stack& stk);
+void OpAbs(Operands& o);
+void OpInt(Operands& o);
+void OpSqr(Operands& o);
+void OpRnd(Operands& o);
+void OpInKey(Operands& o);
+void OpDir(Operands& o);
+void OpSDir(Operands& o);
+void OpRun(Operands& o);
+void OpType3(Operands& o);
 
 // run_func_text
-int OpLen(int depth, Stack& stk);
-int OpMid(int depth, Stack& stk);
-int OpLeft(int depth, Stack& stk);
-int OpRight(int depth, Stack& stk);
-int OpInStr(int depth, Stack& stk);
-int OpTrim(int depth, Stack& stk);
-int OpUCase(int depth, Stack& stk);
-int OpLCase(int depth, Stack& stk);
-int OpChr(int depth, Stack& stk);
-int OpAsc(int depth, Stack& stk);
-int OpVal(int depth, Stack& stk);
-int OpStr(int depth, Stack& stk);
-int OpColor(int depth, Stack& stk);
-int OpDate(int depth, Stack& stk);
+void OpLen(Operands& o);
+void OpMid(Operands& o);
+void OpLeft(Operands& o);
+void OpRight(Operands& o);
+void OpInStr(Operands& o);
+void OpTrim(Operands& o);
+void OpUCase(Operands& o);
+void OpLCase(Operands& o);
+void OpChr(Operands& o);
+void OpAsc(Operands& o);
+void OpVal(Operands& o);
+void OpStr(Operands& o);
+void OpColor(Operands& o);
+void OpDate(Operands& o);
 
 // run_sys
-int OpOpt(int depth, Stack& stk);
-int OpReset(int depth, Stack& stk);
-int OpQuit(int depth, Stack& stk);
-int OpDel(int depth, Stack& stk);
-int OpRen(int depth, Stack& stk);
-int OpClMem(int depth, Stack& stk);
-int OpClAll(int depth, Stack& stk);
-int OpDspMem(int depth, Stack& stk);
-int OpDspFn(int depth, Stack& stk);
+void OpOpt(Operands& o);
+void OpReset(Operands& o);
+void OpQuit(Operands& o);
+void OpDel(Operands& o);
+void OpRen(Operands& o);
+void OpClMem(Operands& o);
+void OpClAll(Operands& o);
+void OpDspMem(Operands& o);
+void OpDspFn(Operands& o);
 
 // run_help
-int OpHelp(int depth, Stack& stk);
+void OpHelp(Operands& o);
 
 // run_mem
-int OpMSave(int depth, Stack& stk);
-int OpRestore(int depth, Stack& stk);
+void OpMSave(Operands& o);
+void OpRestore(Operands& o);
 
 // rundb
-int OpUse(int depth, Stack& stk);
-int OpSelect(int depth, Stack& stk);
-int OpDGoto(int depth, Stack& stk);
-int OpSkip(int depth, Stack& stk);
-int OpEOF(int depth, Stack& stk);
-int OpDELETED(int depth, Stack& stk);
-int OpRECNO(int depth, Stack& stk);
-int OpDsp(int depth, Stack& stk);
-int OpDspStr(int depth, Stack& stk);
-int OpDspDbf(int depth, Stack& stk);
-int OpDspStat(int depth, Stack& stk);
+void OpUse(Operands& o);
+void OpSelect(Operands& o);
+void OpDGoto(Operands& o);
+void OpSkip(Operands& o);
+void OpEOF(Operands& o);
+void OpDELETED(Operands& o);
+void OpRECNO(Operands& o);
+void OpDsp(Operands& o);
+void OpDspStr(Operands& o);
+void OpDspDbf(Operands& o);
+void OpDspStat(Operands& o);
 
 // rundb_scan
-int OpList(int depth, Stack& stk);
-int OpDel1(int depth, Stack& stk);
-int OpRecall1(int depth, Stack& stk);
-int OpLocate(int depth, Stack& stk);
-int OpContinue(int depth, Stack& stk);
-int OpCount1(int depth, Stack& stk);
-int OpSum1(int depth, Stack& stk);
+void OpList(Operands& o);
+void OpDel1(Operands& o);
+void OpRecall1(Operands& o);
+void OpLocate(Operands& o);
+void OpContinue(Operands& o);
+void OpCount1(Operands& o);
+void OpSum1(Operands& o);
 
 // rundb_upd
-int OpAddRec(int depth, Stack& stk);
-int OpUpdRec0(int depth, Stack& stk);
-int OpSetFld(int depth, Stack& stk);
-int OpUpdRec2(int depth, Stack& stk);
-int OpRemove(int depth, Stack& stk);
-int OpPack(int depth, Stack& stk);
+void OpAddRec(Operands& o);
+void OpUpdRec0(Operands& o);
+void OpSetFld(Operands& o);
+void OpUpdRec2(Operands& o);
+void OpRemove(Operands& o);
+void OpPack(Operands& o);
 
 // rundb_index
-int OpSetNdx(int depth, Stack& stk);
-int OpNdx(int depth, Stack& stk);
-int OpReNdx(int depth, Stack& stk);
-int OpFind(int depth, Stack& stk);
+void OpSetNdx(Operands& o);
+void OpNdx(Operands& o);
+void OpReNdx(Operands& o);
+void OpFind(Operands& o);
 
 // moxcopy, sdf
-int OpCpyMox(int depth, Stack& stk);
-int OpCpyDef(int depth, Stack& stk);
-int OpApndDbf(int depth, Stack& stk);
-int OpApndSdf(int depth, Stack& stk);
+void OpCpyMox(Operands& o);
+void OpCpyDef(Operands& o);
+void OpApndDbf(Operands& o);
+void OpApndSdf(Operands& o);
 
 // moxsort, moxjoin, moxtotal, moxupdate
-int OpSort(int depth, Stack& stk);
-int OpJoin(int depth, Stack& stk);
-int OpTotal(int depth, Stack& stk);
-int OpUpdate(int depth, Stack& stk);
+void OpSort(Operands& o);
+void OpJoin(Operands& o);
+void OpTotal(Operands& o);
+void OpUpdate(Operands& o);
 
 // runscr
-int OpSay(int depth, Stack& stk);
-int OpGet(int depth, Stack& stk);
-int OpRead(int depth, Stack& stk);
-int OpClGets(int depth, Stack& stk);
-int OpCls(int depth, Stack& stk);
-int OpClEol(int depth, Stack& stk);
-int OpEdit(int depth, Stack& stk);
-int OpBrowse(int depth, Stack& stk);
-int OpCreate(int depth, Stack& stk);
-int OpMdStru(int depth, Stack& stk);
-int OpMdComm(int depth, Stack& stk);
+void OpSay(Operands& o);
+void OpGet(Operands& o);
+void OpRead(Operands& o);
+void OpClGets(Operands& o);
+void OpCls(Operands& o);
+void OpClEol(Operands& o);
+void OpEdit(Operands& o);
+void OpBrowse(Operands& o);
+void OpCreate(Operands& o);
+void OpMdStru(Operands& o);
+void OpMdComm(Operands& o);
 
 }  // namespace mox

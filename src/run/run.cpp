@@ -46,14 +46,26 @@ std::string_view GetWordD(std::string_view& step) {
   return word;
 }
 
-Handler _findHandler(std::string_view word) {
-  static const std::vector<std::string_view> words = [] {
-    std::vector<std::string_view> all;
-    for (const StepEntry& e : g_steps) all.push_back(e.word);
+// The row of a step's word and its effect, cut once for all.
+struct Row {
+  const StepEntry* entry = nullptr;
+  const Effect* effect = nullptr;
+};
+Row _findRow(std::string_view word) {
+  struct Rows {
+    std::vector<std::string_view> words;
+    std::vector<Effect> effects;
+  };
+  static const Rows rows = [] {
+    Rows all;
+    for (const StepEntry& e : g_steps) {
+      all.words.push_back(e.word);
+      all.effects.push_back(CutEffect(e.effect));
+    }
     return all;
   }();
-  const int i = findndx(word, words);
-  return i < 0 ? nullptr : g_steps[i].handler;
+  const int i = findndx(word, rows.words);
+  return i < 0 ? Row{} : Row{&g_steps[i], &rows.effects[i]};
 }
 
 Step _cut(std::string text) {
@@ -63,12 +75,15 @@ Step _cut(std::string text) {
   step.operand = dlb(rest);
   for (const CoreWord& c : coreWords)
     if (c.word == word) step.core = c.core;
-  if (step.core == Core::none)
-    step.handler = _findHandler(word);
-  else if (step.core == Core::CMP)
+  if (step.core == Core::none) {
+    const Row row = _findRow(word);
+    step.entry = row.entry;
+    step.effect = row.effect;
+  } else if (step.core == Core::CMP) {
     step.number = CmpOperator(step.operand);
-  else
+  } else {
     step.number = TxtToInt(step.operand);
+  }
   step.text = std::move(text);
   return step;
 }
@@ -131,6 +146,16 @@ void _duplicate(Run& run, int n) {
   if (n >= 1 && n <= run.depth) _push(run, std::string(run.stk[run.depth - n]));
 }
 
+void _compare(Run& run, int op) {
+  if (run.depth < 2) {
+    IntErr("1");
+    return;
+  }
+  std::string& a = run.stk[run.depth - 2];
+  a = OpCmp(a, run.stk[run.depth - 1], op);
+  --run.depth;
+}
+
 void _label(const std::string& label) {
   if (label[0] == 'L') std::printf("[%04d]\n", TxtToInt(std::string_view(label).substr(1)));
 }
@@ -139,6 +164,23 @@ void _label(const std::string& label) {
 void _sourceLine(const std::string& text) {
   if (g_opt[optECHO]) std::printf("%s\n", text.c_str());
   if (g_opt[optSTEP]) errnum = AskStep();
+}
+
+// A step that isn't the machine's own.
+void _dispatch(Run& run, const Step& step) {
+  if (!step.entry) {
+    IntErr("doRunX 1");
+    return;
+  }
+  Operands operands(run.stk);
+  if (operands.lay(*step.effect, run.depth)) {
+    step.entry->handler(operands);
+    run.depth = operands.depthAfter();
+  } else if (step.entry->word[0] == '=') {
+    ArgErr(step.entry->refusal);
+  } else {
+    IntErr(step.entry->refusal);
+  }
 }
 
 void _runStep(Run& run, const Step& step) {
@@ -150,17 +192,13 @@ void _runStep(Run& run, const Step& step) {
     case Core::JP: run.pc = step.number; break;
     case Core::JPF: _jumpIfFalse(run, step.number); break;
     case Core::JPX: _jumpSelected(run); break;
-    case Core::CMP: run.depth += OpCmp(run.depth, run.stk, step.number); break;
+    case Core::CMP: _compare(run, step.number); break;
     case Core::CALL: _call(run, step.number); break;
     case Core::RET: _return(run); break;
     case Core::DUP: _duplicate(run, step.number); break;
     case Core::POP: run.depth -= std::max(step.number, 0); break;
     case Core::source: _sourceLine(step.operand); break;
-    case Core::none:
-      if (step.handler)
-        run.depth += step.handler(run.depth, run.stk);
-      else
-        IntErr("doRunX 1");
+    case Core::none: _dispatch(run, step); break;
   }
 }
 
@@ -185,11 +223,11 @@ Program CutSteps(Lines steps) {
   return program;
 }
 
-int doRun1(const Program& program, Stack& stk, bool breakable) {
+int doRun1(const Program& program, Stack& stk, RunOf what) {
   outcol = 0;
   errnum = errNone;
   Run run{program, stk, 0, 0, {}};
-  while (errnum == errNone && !(breakable && Interrupted())) {
+  while (errnum == errNone && !(what == RunOf::statements && Interrupted())) {
     if (static_cast<size_t>(run.pc) >= program.size()) {
       IntErr("NO SUCH STEP");
       break;
@@ -203,7 +241,10 @@ int doRun1(const Program& program, Stack& stk, bool breakable) {
     if (g_opt[optR1] && run.depth >= 1)
       std::printf("       stk[%d]=%s\n", run.depth - 1, stk[run.depth - 1].c_str());
   }
-  if (errnum == errEnd) errnum = errNone;
+  if (errnum == errEnd) {
+    errnum = errNone;
+    if (run.depth != (what == RunOf::expression)) IntErr(StrFmt("STACK DEPTH %d", run.depth));
+  }
   return run.depth;
 }
 
@@ -211,7 +252,7 @@ void doRun(const Program& program) {
   NestGuard nest;
   if (!nest.ok()) return;
   Stack stk;
-  doRun1(program, stk, true);
+  doRun1(program, stk, RunOf::statements);
   FpCloseAll();
 }
 

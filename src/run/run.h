@@ -6,9 +6,9 @@
 // handlers.
 //
 // Values travel on an operand stack of texts (session/value.h tells their forms). A handler takes
-// all its input from the stack, top at stk[depth - 1], and returns the change of the depth. It
-// reports an error through the error slot; the machine stops behind the step, whose effect on the
-// stack still counts. Slots at or above the depth hold nothing that anyone may read.
+// its operands through operands.h and reports an error through the error slot; the machine stops
+// behind the step, whose effect on the stack still counts. Slots at or above the depth hold nothing
+// that anyone may read.
 #pragma once
 
 #include <span>
@@ -16,17 +16,11 @@
 #include <string_view>
 #include <vector>
 
+#include "run/operands.h"
 #include "session/misc.h"
 
 namespace mox {
 
-using Stack = std::vector<std::string>;
-using Handler = int (*)(int depth, Stack& stk);
-
-struct StepEntry {
-  std::string_view word;
-  Handler handler;
-};
 // All steps with a handler, sorted by word.
 extern const std::span<const StepEntry> g_steps;
 
@@ -36,21 +30,26 @@ struct Step {
   std::string text;
   std::string operand;
   Core core = Core::none;
-  int number = 0;             // the operand's integer; of CMP the place of its operator
-  Handler handler = nullptr;  // with Core::none; null for a word that no one knows
+  int number = 0;                    // the operand's integer; of CMP the place of its operator
+  const StepEntry* entry = nullptr;  // with Core::none; null for a word that no one knows
+  const Effect* effect = nullptr;    // of the entry
 };
 using Program = std::vector<Step>;
 
 // Cuts a finished list.
 Program CutSteps(Lines steps);
 
-// Runs a program from depth 0 on a stack of its own and closes the numbered files at its end.
+// Statements leave nothing on the stack and an expression one value: a run that ended without an
+// error and left anything else is an internal error. Ctrl-C ends a run of statements before its
+// next step. Expressions, which are short, go on: a key that is computed while an index follows a
+// record must come out whole.
+enum class RunOf { statements, expression };
+
+// Runs statements from depth 0 on a stack of their own and closes the numbered files at their end.
 void doRun(const Program& program);
 // Runs a program from depth 0 and returns the final depth; the values stay on the stack. A
-// negative depth is that of a POP that asked for too much. Ctrl-C ends a breakable run before its
-// next step. Statements are breakable; expressions, which are short, aren't: a key that is computed
-// while an index follows a record must come out whole.
-int doRun1(const Program& program, Stack& stk, bool breakable = false);
+// negative depth is that of a POP that asked for too much.
+int doRun1(const Program& program, Stack& stk, RunOf what);
 
 // The single-step question: errNone to go on, errCancel, or errTold at the end of the input.
 int AskStep();

@@ -30,7 +30,7 @@ int EvalExpr(std::string_view text, size_t max, std::string& result) {
   Program program;
   if (_compileExpr(text, evalSteps, program) != 0) return -1;
   Stack stk;
-  if (doRun1(program, stk) != 1) return -1;
+  if (doRun1(program, stk, RunOf::expression) != 1) return -1;
   result = stk[0].substr(0, max);
   return 0;
 }
@@ -46,7 +46,7 @@ int ExprCompile(Expr& e) {
 int RunExpr(Expr& e, std::string& result) {
   result.clear();
   NestGuard nest;
-  if (!nest.ok() || doRun1(*e.program, e.stk) != 1) return -1;
+  if (!nest.ok() || doRun1(*e.program, e.stk, RunOf::expression) != 1) return -1;
   result = e.stk[0];
   return 0;
 }
@@ -68,10 +68,13 @@ Key MakeKey(const std::string& text) {
   return {[e] { return ExprCompile(*e); }, [e](std::string& value) { return RunExpr(*e, value); }};
 }
 
-int OpEval(int depth, Stack& stk) {
-  const std::string text = qs2s(stk[depth - 1]);
-  if (EvalExpr(text, maxMacro, stk[depth - 1]) != 0) SynErr(text);
-  return 0;
+void OpEval(Operands& o) {
+  const std::string text = qs2s(o.text());
+  std::string value;
+  if (EvalExpr(text, maxMacro, value) == 0)
+    o.result(std::move(value));
+  else
+    SynErr(text);
 }
 
 }  // namespace mox

@@ -1,7 +1,5 @@
 // The functions of numbers, and those that ask the host or the machine.
 
-#include "run/run_func.h"
-
 #include <cmath>
 #include <random>
 
@@ -28,108 +26,70 @@ struct Listing {
 Listing _dirlist, _sdirlist;
 
 // A pattern begins a new listing; an empty one goes on with the last.
-int _nextName(int depth, Stack& stk, Listing& listing, Lines (*list)(const std::string&),
-              const char* usage) {
-  std::string* const arg = Args(depth, stk, 1, 1, usage);
-  if (!arg) return 0;
-  const std::string pattern = qs2s(arg[0]);
+void _nextName(Operands& o, Listing& listing, Lines (*list)(const std::string&)) {
+  const std::string pattern = qs2s(o.text());
   if (!pattern.empty()) listing = {list(pattern), 0};
   const bool more = listing.next < listing.names.size();
-  arg[0] = s2qs(more ? std::string_view(listing.names[listing.next++]) : "");
-  return -1;
+  o.result(s2qs(more ? std::string_view(listing.names[listing.next++]) : ""));
 }
 
 }  // namespace
 
-int ArgCount(int depth, const Stack& stk) { return StackInt(stk[depth - 1]); }
-
-std::string* Args(int depth, Stack& stk, int least, int most, const char* usage) {
-  const int count = ArgCount(depth, stk);
-  if (count >= least && count <= most && count < depth) return &stk[depth - 1 - count];
-  ArgErr(usage);
-  return nullptr;
-}
-
-int OpAbs(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "ABS(n)");
-  if (!arg) return 0;
+void OpAbs(Operands& o) {
   int length = 0, decimals = 0;
-  const double x = N_FmVTLD(arg[0], length, decimals);
-  arg[0] = N_ToVTLD(std::fabs(x), length, decimals);
-  return -1;
+  const double x = N_FmVTLD(o.text(), length, decimals);
+  o.result(N_ToVTLD(std::fabs(x), length, decimals));
 }
 
-int OpInt(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "INT(n)");
-  if (!arg) return 0;
-  arg[0] = N_ToVTLD(std::trunc(TxtToDbl(arg[0])) + 0.0, -1, 0);  // the sum turns -0 into 0
-  return -1;
+void OpInt(Operands& o) {
+  o.result(N_ToVTLD(std::trunc(o.number()) + 0.0, -1, 0));  // the sum turns -0 into 0
 }
 
-int OpSqr(int depth, Stack& stk) {
+void OpSqr(Operands& o) {
   constexpr int sqrLength = 11;
-  std::string* const arg = Args(depth, stk, 1, 1, "SQR(n)");
-  if (!arg) return 0;
   int length = 0, decimals = 0;
-  const double x = N_FmVTLD(arg[0], length, decimals);
+  const double x = N_FmVTLD(o.text(), length, decimals);
   if (x < 0) {
     SetErr("SQR()", "OUT OF BOUNDS");
-    return 0;
+    return o.keep();
   }
-  arg[0] = N_ToVTLD(std::sqrt(x), sqrLength, decimals);
-  return -1;
+  o.result(N_ToVTLD(std::sqrt(x), sqrLength, decimals));
 }
 
-int OpRnd(int depth, Stack& stk) {
+void OpRnd(Operands& o) {
   // Never seeded: each session, on every host, gives the same sequence.
   static std::mt19937 generator;
   constexpr int most = (1 << rndBits) - 1;
-  std::string* const arg = Args(depth, stk, 0, 1, "RND([ignored])");
-  if (!arg) return 0;
-  const int count = ArgCount(depth, stk);
-  arg[0] = N_ToVTLD(static_cast<double>(generator() >> (32 - rndBits)) / most, 8, 6);
-  return -count;
+  o.result(N_ToVTLD(static_cast<double>(generator() >> (32 - rndBits)) / most, 8, 6));
 }
 
-int OpInKey(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 0, 0, "INKEY()");
-  if (!arg) return 0;
+void OpInKey(Operands& o) {
   const int key = _kbhit() ? _getch() : keyEnd;
-  arg[0] = s2qs(key > 0 ? std::string(1, static_cast<char>(key)) : "");
-  return 0;
+  o.result(s2qs(key > 0 ? std::string(1, static_cast<char>(key)) : ""));
 }
 
-int OpDir(int depth, Stack& stk) {
-  return _nextName(depth, stk, _dirlist, OS_GetFileList, "DIR(afn)");
-}
+void OpDir(Operands& o) { _nextName(o, _dirlist, OS_GetFileList); }
 
-int OpSDir(int depth, Stack& stk) {
-  return _nextName(depth, stk, _sdirlist, OS_GetDirList, "SDIR(afn)");
-}
+void OpSDir(Operands& o) { _nextName(o, _sdirlist, OS_GetDirList); }
 
-int OpRun(int depth, Stack& stk) {
+void OpRun(Operands& o) {
   constexpr int windowNormal = 1;
-  std::string* const arg = Args(depth, stk, 2, 3, "RUN(prog,args[,mode])");
-  if (!arg) return 0;
-  const int count = ArgCount(depth, stk);
-  const int mode = count == 3 ? StackInt(arg[2]) : windowNormal;
-  arg[0] = N_ToVTLD(OS_RunProgWait(qs2s(arg[0]), qs2s(arg[1]), mode), 6, 0);
-  return -count;
+  const std::string program = qs2s(o.text());
+  const std::string args = qs2s(o.text());
+  const int mode = o.more() ? o.integer() : windowNormal;
+  o.result(N_ToVTLD(OS_RunProgWait(program, args, mode), 6, 0));
 }
 
-int OpType3(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "TEST3(str)");
-  if (!arg) return 0;
-  const int before = errnum;
+void OpType3(Operands& o) {
+  const ErrorSlot before = TakeErr();
   std::string value;
   char type = 'U';
-  if (EvalExpr(qs2s(arg[0]), maxTypeText, value) == 0 && errnum == errNone) {
+  if (EvalExpr(qs2s(o.text()), maxTypeText, value) == 0 && errnum == errNone) {
     type = GetTyp(value).type;
     if (type != 'C' && type != 'N') type = 'L';
   }
-  errnum = before;
-  arg[0] = s2qs(std::string(1, type));
-  return -1;
+  PutErr(before);
+  o.result(s2qs(std::string(1, type)));
 }
 
 }  // namespace mox

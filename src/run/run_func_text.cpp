@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "run/handlers.h"
-#include "run/run_func.h"
 #include "session/error.h"
 #include "session/misc.h"
 #include "session/number.h"
@@ -56,122 +55,82 @@ std::string EscColor(int base, int color) {
 
 }  // namespace
 
-int OpLen(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "LEN(str)");
-  if (!arg) return 0;
-  arg[0] = N_ToVTLD(static_cast<double>(qs2s(arg[0]).size()), countLength, 0);
-  return -1;
+void OpLen(Operands& o) {
+  o.result(N_ToVTLD(static_cast<double>(qs2s(o.text()).size()), countLength, 0));
 }
 
-int OpMid(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 3, 3, "MID(str,start,len)");
-  if (!arg) return 0;
-  arg[0] = s2qs(_mid(qs2s(arg[0]), StackInt(arg[1]), StackInt(arg[2])));
-  return -3;
+void OpMid(Operands& o) {
+  const std::string text = qs2s(o.text());
+  const int start = o.integer(), length = o.integer();
+  o.result(s2qs(_mid(text, start, length)));
 }
 
-int OpLeft(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 2, 2, "LEFT(str,len)");
-  if (!arg) return 0;
-  arg[0] = s2qs(_mid(qs2s(arg[0]), 1, StackInt(arg[1])));
-  return -2;
+void OpLeft(Operands& o) {
+  const std::string text = qs2s(o.text());
+  o.result(s2qs(_mid(text, 1, o.integer())));
 }
 
-int OpRight(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 2, 2, "RIGHT(str,len)");
-  if (!arg) return 0;
-  const std::string text = qs2s(arg[0]);
-  const int64_t n = StackInt(arg[1]);
-  arg[0] = s2qs(_mid(text, static_cast<int64_t>(text.size()) + 1 - n, n));
-  return -2;
+void OpRight(Operands& o) {
+  const std::string text = qs2s(o.text());
+  const int64_t n = o.integer();
+  o.result(s2qs(_mid(text, static_cast<int64_t>(text.size()) + 1 - n, n)));
 }
 
-int OpInStr(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 2, 2, "INSTR(hay,needle)");
-  if (!arg) return 0;
-  arg[0] = N_ToVTLD(static_cast<double>(_find(qs2s(arg[0]), qs2s(arg[1]))), countLength, 0);
-  return -2;
+void OpInStr(Operands& o) {
+  const std::string hay = qs2s(o.text()), needle = qs2s(o.text());
+  o.result(N_ToVTLD(static_cast<double>(_find(hay, needle)), countLength, 0));
 }
 
-int OpTrim(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "TRIM(str)");
-  if (!arg) return 0;
-  std::string text = qs2s(arg[0]);
-  arg[0] = s2qs(dlb(trim(text)));
-  return -1;
+void OpTrim(Operands& o) {
+  std::string text = qs2s(o.text());
+  o.result(s2qs(dlb(trim(text))));
 }
 
-// Both change the argument where it stands, quotes, or the letters of a number's text, and all.
-int OpUCase(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "UCASE(str)");
-  if (!arg) return 0;
-  for (char& c : arg[0]) c = UpperChr(c);
-  return -1;
+// Both change the argument as it stands, quotes, or the letters of a number's text, and all.
+void OpUCase(Operands& o) { o.result(strUpper(o.text())); }
+
+void OpLCase(Operands& o) {
+  std::string text = o.text();
+  for (char& c : text) c = LowerChr(c);
+  o.result(std::move(text));
 }
 
-int OpLCase(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "LCASE(str)");
-  if (!arg) return 0;
-  for (char& c : arg[0]) c = LowerChr(c);
-  return -1;
+void OpChr(Operands& o) {
+  const char c = static_cast<char>(o.integer() & 0xFF);
+  o.result(s2qs(c ? std::string(1, c) : ""));
 }
 
-int OpChr(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "CHR(n)");
-  if (!arg) return 0;
-  const char c = static_cast<char>(StackInt(arg[0]) & 0xFF);
-  arg[0] = s2qs(c ? std::string(1, c) : "");
-  return -1;
-}
-
-int OpAsc(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "ASC(str)");
-  if (!arg) return 0;
-  const std::string text = qs2s(arg[0]);
+void OpAsc(Operands& o) {
+  const std::string text = qs2s(o.text());
   const int code = text.empty() ? 0 : static_cast<unsigned char>(text[0]);
-  arg[0] = N_ToVTLD(code, countLength, 0);
-  return -1;
+  o.result(N_ToVTLD(code, countLength, 0));
 }
 
-int OpVal(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "VAL(str)");
-  if (!arg) return 0;
-  const std::string text = qs2s(arg[0]);
+void OpVal(Operands& o) {
+  const std::string text = qs2s(o.text());
   const Typ typ = GetTyp(text);
-  arg[0] = typ.type == 'N' ? N_ToVTLD(TxtToDbl(text), typ.length, typ.decimals) : N_ToVTLD(0, 2, 0);
-  return -1;
+  o.result(typ.type == 'N' ? N_ToVTLD(TxtToDbl(text), typ.length, typ.decimals)
+                           : N_ToVTLD(0, 2, 0));
 }
 
-int OpStr(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 3, "STR(n[,width[,dec]])");
-  if (!arg) return 0;
-  const int count = ArgCount(depth, stk);
-  const int width = count >= 2 ? StackInt(arg[1]) : 6;
-  const int decimals = count >= 3 ? StackInt(arg[2]) : 0;
+void OpStr(Operands& o) {
+  std::string_view number = o.text();
+  const int width = o.more() ? o.integer() : 6;
+  const int decimals = o.more() ? o.integer() : 0;
   // A negative width sets the number to the left.
   if (width > maxStrWidth || width < -maxStrWidth || decimals > maxStrWidth) {
     ArgErr("STR() too wide");
-    return 0;
+    return o.keep();
   }
-  std::string_view number = arg[0];
   if (!number.empty() && number[0] == '"') number.remove_prefix(1);
-  arg[0] = s2qs(FmtFix(TxtToDbl(number), width, decimals));
-  return -count;
+  o.result(s2qs(FmtFix(TxtToDbl(number), width, decimals)));
 }
 
-int OpColor(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 1, 1, "COLOR(n)");
-  if (!arg) return 0;
-  const int color = std::min(StackInt(arg[0]), maxColor);
-  arg[0] = s2qs(color < 0 ? EscColor(0, 0) : EscColor(40, color >> 4) + EscColor(30, color & 15));
-  return -1;
+void OpColor(Operands& o) {
+  const int color = std::min(o.integer(), maxColor);
+  o.result(s2qs(color < 0 ? EscColor(0, 0) : EscColor(40, color >> 4) + EscColor(30, color & 15)));
 }
 
-int OpDate(int depth, Stack& stk) {
-  std::string* const arg = Args(depth, stk, 0, 0, "DATE()");
-  if (!arg) return 0;
-  arg[0] = s2qs(DateNow());
-  return 0;
-}
+void OpDate(Operands& o) { o.result(s2qs(DateNow())); }
 
 }  // namespace mox

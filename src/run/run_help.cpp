@@ -51,21 +51,18 @@ void _showTopic(std::FILE* f) {
 
 }  // namespace
 
-int OpHelp(int depth, Stack& stk) {
+void OpHelp(Operands& o) {
   std::string head = "#";
-  head += strUpper(qs2s(stk[depth - 1]));
+  head += strUpper(qs2s(o.text()));
   const File f = _openHelp();
   if (!f) {
     std::printf("  %s file missing.\n", helpFile);
-    return -1;
+    return;
   }
   for (std::string line; ReadTextLine(f.get(), maxLine, line);) {
-    if (trim(rm_nl(line)) != head) continue;
-    _showTopic(f.get());
-    return -1;
+    if (trim(rm_nl(line)) == head) return _showTopic(f.get());
   }
   std::printf("NO HELP MESSAGES FOUND\n");
-  return -1;
 }
 
 }  // namespace mox

@@ -38,12 +38,9 @@ bool _readTyped(std::string& line) {
 // True when the line can stand for a number or a logical value. The error that a malformed value
 // leaves stays while further lines are judged.
 bool _isInput(std::string_view line) {
-  const int before = errnum;
-  errnum = errNone;
+  const FirstErr first;
   const Typ typ = GetTyp(line);
-  const bool accepted = errnum == errNone && (typ.type == 'N' || typ.type == 'L');
-  if (before != errNone) errnum = before;
-  return accepted;
+  return errnum == errNone && (typ.type == 'N' || typ.type == 'L');
 }
 
 }  // namespace
@@ -56,35 +53,28 @@ int AskWait() {
   return key;
 }
 
-int OpAccept(int depth, Stack& stk) {
+void OpAccept(Operands& o) {
   std::string line;
-  _askFor(stk[depth - 1]);
-  if (_readTyped(line)) stk[depth - 1] = s2qs(line);
-  return 0;
+  _askFor(o.text());
+  if (_readTyped(line)) o.result(s2qs(line));
 }
 
-int OpInput(int depth, Stack& stk) {
+void OpInput(Operands& o) {
   std::string line;
-  _askFor(stk[depth - 1]);
+  _askFor(o.text());
   while (_readTyped(line)) {
-    if (_isInput(line)) {
-      stk[depth - 1] = line;
-      break;
-    }
+    if (_isInput(line)) return o.result(line);
     std::printf("INPUT ERROR, RE-ENTER:");
   }
-  return 0;
 }
 
-int OpWait(int depth, Stack& stk) {
-  const int count = TxtToInt(stk[depth - 1]);
+void OpWait(Operands& o) {
   const int key = g_opt[optTALK] ? AskWait() : _getch();
   if (key == keyEnd)
     InputEnded();
-  else if (count == 1)
-    PutV(strUpper(stk[depth - 2]), 0, 0,
+  else if (o.more())
+    PutV(strUpper(o.text()), 0, 0,
          s2qs(std::string(1, key < 32 || key > 126 ? ' ' : static_cast<char>(key))));
-  return -(count + 1);
 }
 
 }  // namespace mox

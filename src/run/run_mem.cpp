@@ -161,17 +161,15 @@ int MoxRestoreMem(const std::string& filename) {
 
 }  // namespace
 
-int OpMSave(int depth, Stack& stk) {
-  if (MoxSaveMem(qs2s(stk[depth - 3]), qs2s(stk[depth - 2]), TxtToInt(stk[depth - 1])) != 0)
-    SetErr("SAVE FAILED", "");
-  return -3;
+void OpMSave(Operands& o) {
+  const std::string file = qs2s(o.text()), pattern = qs2s(o.text());
+  if (MoxSaveMem(file, pattern, o.integer()) != 0) SetErr("SAVE FAILED", "");
 }
 
-int OpRestore(int depth, Stack& stk) {
-  const int result = MoxRestoreMem(qs2s(stk[depth - 3]));
+void OpRestore(Operands& o) {
+  const int result = MoxRestoreMem(qs2s(o.text()));
   if (result == memNoFile) SetErr("CANNOT OPEN FILE", "");
   if (result == memDamaged) SetErr("NOT A VALID MEM FILE", "");
-  return -3;
 }
 
 }  // namespace mox

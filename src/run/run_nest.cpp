@@ -4,6 +4,7 @@
 
 #include "lang/compile.h"
 #include "run/handlers.h"
+#include "run/run.h"
 #include "session/error.h"
 #include "session/files.h"
 #include "session/options.h"
@@ -32,21 +33,16 @@ int DoFile(const std::string& path) {
   return 0;
 }
 
-int OpDoCmd(int depth, Stack& stk) {
-  if (DoFile(FnExt(stk[depth - 1], ".cmd")) != 0)
+void OpDoCmd(Operands& o) {
+  if (DoFile(FnExt(o.text(), ".cmd")) != 0)
     SetErr("COMMAND FILE CANNOT BE FOUND\n", "DO CANCELLED");
-  return -1;
 }
 
-int OpReturn(int, Stack&) {
-  errnum = errEnd;
-  return 0;
-}
+void OpReturn(Operands&) { errnum = errEnd; }
 
-int OpCancel(int, Stack&) {
+void OpCancel(Operands&) {
   if (g_opt[optTALK]) std::printf("DO CANCELLED\n");
   errnum = errSet;
-  return 0;
 }
 
 }  // namespace mox

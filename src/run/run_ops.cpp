@@ -25,13 +25,6 @@ std::string_view _skipQuote(std::string_view text) {
   return _isQuoted(text) ? text.substr(1) : text;
 }
 
-// False, with the report, when the stack holds fewer than n values.
-bool _needs(int depth, int n) {
-  if (depth >= n) return true;
-  IntErr("1");
-  return false;
-}
-
 // The common core of the arithmetic operators.
 std::string StrFmN1N2Op(std::string_view a, std::string_view b, char op) {
   const Typ ta = GetTyp(a);
@@ -54,16 +47,10 @@ std::string StrFmN1N2Op(std::string_view a, std::string_view b, char op) {
   return N_ToVTLD(r, static_cast<int>(FmtFix(r, width, places).size()), places);
 }
 
-int _arithmetic(int depth, Stack& stk, char op) {
-  if (!_needs(depth, 2)) return 0;
-  stk[depth - 2] = StrFmN1N2Op(stk[depth - 2], stk[depth - 1], op);
-  return -1;
-}
-
-int _logical(int depth, Stack& stk, bool (*op)(bool, bool)) {
-  if (!_needs(depth, 2)) return 0;
-  stk[depth - 2] = L_ToVTLD(op(L_FmVTLD(stk[depth - 2]), L_FmVTLD(stk[depth - 1])));
-  return -1;
+void _arithmetic(Operands& o, char op) {
+  const std::string& a = o.text();
+  const std::string& b = o.text();
+  o.result(StrFmN1N2Op(a, b, op));
 }
 
 struct CmpOp {
@@ -84,74 +71,57 @@ int _compare(std::string_view a, std::string_view b) {
   return x < y ? -1 : x > y;
 }
 
-int _addToTop(int depth, Stack& stk, int change) {
-  if (depth < 1) return 0;
-  stk[depth - 1] = std::to_string(DblToInt(TxtToDbl(stk[depth - 1])) + change);
-  return 0;
-}
-
 }  // namespace
 
-int OpS2N(int depth, Stack& stk) {
-  if (!_needs(depth, 1)) return 0;
-  std::string& top = stk[depth - 1];
-  const Typ typ = GetTyp(top);
-  top = SetTyp(top, typ.type, typ.length, typ.decimals);
-  return 0;
+void OpS2N(Operands& o) {
+  const std::string& text = o.text();
+  const Typ typ = GetTyp(text);
+  o.result(SetTyp(text, typ.type, typ.length, typ.decimals));
 }
 
-int OpAdd(int depth, Stack& stk) {
-  if (!_needs(depth, 2)) return 0;
-  std::string& a = stk[depth - 2];
-  const std::string& b = stk[depth - 1];
-  a = _isQuoted(a) ? s2qs(qs2s(a) + qs2s(b)) : StrFmN1N2Op(a, _skipQuote(b), '+');
-  return -1;
+void OpAdd(Operands& o) {
+  const std::string& a = o.text();
+  const std::string& b = o.text();
+  o.result(_isQuoted(a) ? s2qs(qs2s(a) + qs2s(b)) : StrFmN1N2Op(a, _skipQuote(b), '+'));
 }
 
-int OpSub(int depth, Stack& stk) { return _arithmetic(depth, stk, '-'); }
-int OpMul(int depth, Stack& stk) { return _arithmetic(depth, stk, '*'); }
+void OpSub(Operands& o) { _arithmetic(o, '-'); }
+void OpMul(Operands& o) { _arithmetic(o, '*'); }
 
-int OpDiv(int depth, Stack& stk) {
-  if (!_needs(depth, 2)) return 0;
-  if (TxtToDbl(stk[depth - 1]) == 0) {
+void OpDiv(Operands& o) {
+  const std::string& a = o.text();
+  const std::string& b = o.text();
+  if (TxtToDbl(b) == 0) {
     SetErr("*** ZERO DIVIDE", "");
-    return 0;
+    return o.keep();
   }
-  return _arithmetic(depth, stk, '/');
+  o.result(StrFmN1N2Op(a, b, '/'));
 }
 
-int OpNeg(int depth, Stack& stk) {
-  if (!_needs(depth, 1)) return 0;
-  stk[depth - 1] = StrFmN1N2Op("0,N,1,0", stk[depth - 1], '-');
-  return 0;
-}
+void OpNeg(Operands& o) { o.result(StrFmN1N2Op("0,N,1,0", o.text(), '-')); }
 
-int OpPow(int depth, Stack& stk) {
-  if (!_needs(depth, 2)) return 0;
+void OpPow(Operands& o) {
   int length = 0, decimals = 0, ignored = 0;
-  const double x = N_FmVTLD(stk[depth - 2], length, decimals);
-  const double y = N_FmVTLD(stk[depth - 1], length, ignored);
+  const double x = N_FmVTLD(o.text(), length, decimals);
+  const double y = N_FmVTLD(o.text(), length, ignored);
   if (y > 1) decimals = DblToInt(decimals * y + 0.999999);
-  stk[depth - 2] = N_ToVTLD(std::pow(x, y), -1, decimals);
-  return -1;
+  o.result(N_ToVTLD(std::pow(x, y), -1, decimals));
 }
 
-int OpAnd(int depth, Stack& stk) {
-  return _logical(depth, stk, [](bool a, bool b) { return a && b; });
+void OpAnd(Operands& o) {
+  const bool a = L_FmVTLD(o.text()), b = L_FmVTLD(o.text());
+  o.result(L_ToVTLD(a && b));
 }
 
-int OpOr(int depth, Stack& stk) {
-  return _logical(depth, stk, [](bool a, bool b) { return a || b; });
+void OpOr(Operands& o) {
+  const bool a = L_FmVTLD(o.text()), b = L_FmVTLD(o.text());
+  o.result(L_ToVTLD(a || b));
 }
 
-int OpNot(int depth, Stack& stk) {
-  if (!_needs(depth, 1)) return 0;
-  stk[depth - 1] = L_ToVTLD(!L_FmVTLD(stk[depth - 1]));
-  return 0;
-}
+void OpNot(Operands& o) { o.result(L_ToVTLD(!L_FmVTLD(o.text()))); }
 
-int OpInc(int depth, Stack& stk) { return _addToTop(depth, stk, 1); }
-int OpDec(int depth, Stack& stk) { return _addToTop(depth, stk, -1); }
+void OpInc(Operands& o) { o.result(std::to_string(o.integer() + 1)); }
+void OpDec(Operands& o) { o.result(std::to_string(o.integer() - 1)); }
 
 int CmpOperator(std::string_view word) {
   for (size_t i = 0; i < std::size(cmpOps); ++i)
@@ -159,17 +129,14 @@ int CmpOperator(std::string_view word) {
   return -1;
 }
 
-int OpCmp(int depth, Stack& stk, int op) {
-  if (!_needs(depth, 2)) return 0;
-  bool truth = false;
+std::string_view OpCmp(std::string_view a, std::string_view b, int op) {
   if (op < 0) {
     IntErr("2");
-  } else {
-    const int sign = _compare(stk[depth - 2], stk[depth - 1]);
-    truth = sign < 0 ? cmpOps[op].below : sign > 0 ? cmpOps[op].above : cmpOps[op].equal;
+    return valFalse;
   }
-  stk[depth - 2] = truth ? valTrue : valFalse;
-  return -1;
+  const int sign = _compare(a, b);
+  const CmpOp& c = cmpOps[op];
+  return (sign < 0 ? c.below : sign > 0 ? c.above : c.equal) ? valTrue : valFalse;
 }
 
 }  // namespace mox

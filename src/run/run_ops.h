@@ -3,14 +3,12 @@
 
 #include <string_view>
 
-#include "run/run.h"
-
 namespace mox {
 
 // Place of an operator word (LE, GE, NE, EQ, LT, GT) in the table, or -1.
 int CmpOperator(std::string_view word);
 
-// a b -> logical, by the operator's place.
-int OpCmp(int depth, Stack& stk, int op);
+// The logical value of a comparison, by the operator's place; an internal error for -1.
+std::string_view OpCmp(std::string_view a, std::string_view b, int op);
 
 }  // namespace mox

@@ -10,25 +10,20 @@
 
 namespace mox {
 
-int OpPr(int depth, Stack& stk) {
+void OpPr(Operands& o) {
   SayTxt(-1, " ");
-  SayVal(-1, stk[depth - 1]);
+  SayVal(-1, o.text());
   SayTxt(-1, " ");
   if (outcol > outWidth) SayNL();
-  return -1;
 }
 
-int OpPrAt(int depth, Stack& stk) {
-  const int row = std::clamp(DblToInt(TxtToDbl(stk[depth - 2])), 1, 999);
-  const int col = std::clamp(DblToInt(TxtToDbl(stk[depth - 1])), 1, 999);
+void OpPrAt(Operands& o) {
+  const int row = std::clamp(o.integer(), 1, 999);
+  const int col = std::clamp(o.integer(), 1, 999);
   std::printf("\033[%d;%dH", row, col);
   outcol = col - 1;
-  return -2;
 }
 
-int OpPrLn(int, Stack&) {
-  SayNL();
-  return 0;
-}
+void OpPrLn(Operands&) { SayNL(); }
 
 }  // namespace mox

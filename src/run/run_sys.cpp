@@ -42,54 +42,44 @@ int _bytesUsed(int number) {
 
 }  // namespace
 
-int OpOpt(int depth, Stack& stk) {
-  constexpr int withText = 2;
-  const int mode = TxtToInt(stk[depth - 1]);
-  const int used = mode == withText ? 3 : 2;
-  const int slot = OptFind(stk[depth - used]);
+void OpOpt(Operands& o) {
+  const std::string& name = o.text();
+  const int slot = OptFind(name);
+  const bool withText = o.more();
+  const std::string& value = o.text();
   if (slot < 0)
     SynErr("");
   else if (slot == optFORMAT)
-    _setFormat(stk[depth - 2]);
-  else if (mode == withText)
-    g_optval[slot] = qs2s(stk[depth - 2]);
+    _setFormat(withText ? value : name);
+  else if (withText)
+    g_optval[slot] = qs2s(value);
   else
-    g_opt[slot] = mode;
-  return -used;
+    g_opt[slot] = TxtToInt(value);
 }
 
-int OpReset(int, Stack&) { return -1; }
+void OpReset(Operands&) {}
 
-int OpQuit(int, Stack&) {
-  g_quit = 1;
-  return 0;
-}
+void OpQuit(Operands&) { g_quit = 1; }
 
-int OpDel(int depth, Stack& stk) {
-  const std::string path = FnFind(qs2s(stk[depth - 1]));
+void OpDel(Operands& o) {
+  const std::string path = FnFind(qs2s(o.text()));
   if (dbInUse(path) || !FileDelete(path)) SetErr("DELETE FILE FAILED", "");
-  return -1;
 }
 
-int OpRen(int depth, Stack& stk) {
-  const std::string from = FnFind(qs2s(stk[depth - 2]));
-  if (dbInUse(from) || !FileRename(from, qs2s(stk[depth - 1]))) SetErr("RENAME FAILED", "");
-  return -2;
+void OpRen(Operands& o) {
+  const std::string from = FnFind(qs2s(o.text())), to = qs2s(o.text());
+  if (dbInUse(from) || !FileRename(from, to)) SetErr("RENAME FAILED", "");
 }
 
-int OpClMem(int, Stack&) {
-  VarClear();
-  return 0;
-}
+void OpClMem(Operands&) { VarClear(); }
 
-int OpClAll(int, Stack&) {
+void OpClAll(Operands&) {
   VarClear();
   AtClear();
   dbReset();
-  return 0;
 }
 
-int OpDspMem(int, Stack&) {
+void OpDspMem(Operands&) {
   int bytes = 0;
   for (int i = 0; i < VarCount(); ++i) {
     const std::string& name = *VarName(i);
@@ -100,16 +90,14 @@ int OpDspMem(int, Stack&) {
   }
   SayTxt(0, StrFmt("** TOTAL **     %02d VARIABLES USED  %05d BYTES USED", VarCount(), bytes));
   SayNL();
-  return 0;
 }
 
-int OpDspFn(int depth, Stack& stk) {
+void OpDspFn(Operands& o) {
   constexpr int namesInLine = 4;
   int shown = 0;
-  for (const std::string& name : OS_GetFileList(stk[depth - 1]))
+  for (const std::string& name : OS_GetFileList(o.text()))
     std::printf("%s%-18s ", shown++ % namesInLine == 0 ? "\n" : "", name.c_str());
   std::printf("\n\n");
-  return -1;
 }
 
 }  // namespace mox

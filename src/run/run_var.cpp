@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "run/handlers.h"
 #include "run/run_out.h"
@@ -21,26 +22,25 @@ namespace {
 constexpr int minNumberLength = 10;
 constexpr int numberDigits = 15;
 
-// A reference on the stack, top last: name, up to two subscripts, their count and the name's.
+// A name with its subscripts.
 struct Reference {
-  int count;  // 1 to 3
-  std::string* name;
+  std::string name;
   int row = 0, col = 0;
 };
 
-// Reads the reference on top of the stack and turns its name into upper case; nothing after a
-// report when the count is wrong.
-std::optional<Reference> _reference(int depth, Stack& stk) {
-  const int count = depth < 1 ? 0 : DblToInt(TxtToDbl(stk[depth - 1]));
-  if (count < 1 || count > 3 || count >= depth) {
-    IntErr("2");
-    return std::nullopt;
-  }
-  Reference ref{count, &stk[depth - 1 - count]};
-  *ref.name = strUpper(*ref.name);
-  if (count >= 2) ref.col = DblToInt(TxtToDbl(stk[depth - 2]));
-  if (count == 3) ref.row = DblToInt(TxtToDbl(stk[depth - 3]));
+Reference _reference(Operands& o) {
+  Reference ref{strUpper(o.text())};
+  if (o.more()) ref.col = o.integer();
+  if (o.more()) ref.row = std::exchange(ref.col, o.integer());
   return ref;
+}
+
+// Stores the value below the reference; the value.
+const std::string& _putValue(Operands& o) {
+  const std::string& value = o.text();
+  const Reference ref = _reference(o);
+  PutV(ref.name, ref.row, ref.col, value);
+  return value;
 }
 
 std::string _elementText(const Typ& typ, std::string_view value) {
@@ -105,44 +105,29 @@ int PutNumber(std::string_view name, std::string_view number, int length, int de
   return 0;
 }
 
-int OpGetV(int depth, Stack& stk) {
-  const std::optional<Reference> ref = _reference(depth, stk);
-  if (!ref) return 0;
-  *ref->name = GetFV(*ref->name, ref->row, ref->col);
-  return -ref->count;
+void OpGetV(Operands& o) {
+  const Reference ref = _reference(o);
+  o.result(GetFV(ref.name, ref.row, ref.col));
 }
 
-int OpPutV(int depth, Stack& stk) {
-  const std::optional<Reference> ref = _reference(depth, stk);
-  if (!ref) return 0;
-  if (ref->count + 2 > depth) {
-    IntErr("2");
-    return 0;
-  }
-  PutV(*ref->name, ref->row, ref->col, stk[depth - ref->count - 2]);
-  return -(ref->count + 2);
+void OpPutV(Operands& o) { _putValue(o); }
+
+void OpStore(Operands& o) {
+  const std::string& value = _putValue(o);
+  if (!g_opt[optTALK]) return;
+  SayVal(0, value);
+  SayNL();
 }
 
-int OpStore(int depth, Stack& stk) {
-  const int change = OpPutV(depth, stk);
-  if (change < 0 && g_opt[optTALK]) {
-    SayVal(0, stk[depth + change]);
-    SayNL();
-  }
-  return change;
-}
-
-int OpRelease(int depth, Stack& stk) {
-  const int count = TxtToInt(stk[depth - 1]);
-  const int removed = 2 * count + 1;
-  for (int i = depth - removed; i < depth - 1; i += 2) {
-    const std::string pattern = strUpper(stk[i]);
-    if (TxtToInt(stk[i + 1]) != 0)
+void OpRelease(Operands& o) {
+  const Lines pairs = o.list();
+  for (size_t i = 0; i < pairs.size(); i += 2) {
+    const std::string pattern = strUpper(pairs[i]);
+    if (TxtToInt(pairs[i + 1]) != 0)
       VarDel(pattern);
     else
       VarDelExcept(pattern);
   }
-  return -removed;
 }
 
 }  // namespace mox

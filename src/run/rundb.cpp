@@ -32,13 +32,9 @@ struct AreaName {
   int area;
 };
 
-// Puts a fact about the selected table in the place of the argument count.
-void _answer(std::string& top, int fact) { top = std::to_string(fact); }
-
-bool _noArguments(const std::string& count, const char* function) {
-  if (StackInt(count) == 0) return true;
-  ArgErr(function);
-  return false;
+// Answers with a fact about the selected table.
+void _answer(Operands& o, int (*fact)()) {
+  if (DbChk()) o.result(std::to_string(fact()));
 }
 
 // The tables in use: true when there are any.
@@ -119,82 +115,73 @@ int dspExpr(Expr& e) {
   return 0;
 }
 
-int OpUse(int depth, Stack& stk) {
-  const std::string& name = stk[depth - 1];
+void OpUse(Operands& o) {
+  const std::string& name = o.text();
   if (dbOPEN(selectedArea)) dbClose(selectedArea);
-  if (name == "-") return -1;
+  if (name == "-") return;
   const int result = dbOpen(selectedArea, name + ".dbf");
   if (result == dbfClosed)
     _tell("FILE DOES NOT EXIST");
   else if (result < 0)
     _tell("NOT A dBASE II DATABASE");
-  return -1;
 }
 
-int OpSelect(int depth, Stack& stk) {
+void OpSelect(Operands& o) {
   static constexpr AreaName names[] = {{"A", 0}, {"B", 1},       {"C", 2},
                                        {"D", 3}, {"PRIMARY", 0}, {"SECONDARY", 1}};
-  const std::string word = strUpper(stk[depth - 1]);
+  const std::string word = strUpper(o.text());
   for (const AreaName& n : names) {
     if (!Match4(word, n.name)) continue;
     dbSelect(n.area);
-    return -1;
+    return;
   }
   ArgErr("SELECT {PRIMARY|SECONDARY|A-D}");
-  return -1;
 }
 
-int OpDGoto(int depth, Stack& stk) {
-  if (DbChk() && dbSkipTo(selectedArea, StackInt(stk[depth - 1])) != 0)
-    SetErr("RECORD NOT IN INDEX", "");
-  return -1;
+void OpDGoto(Operands& o) {
+  if (DbChk() && dbSkipTo(selectedArea, o.integer()) != 0) SetErr("RECORD NOT IN INDEX", "");
 }
 
-int OpSkip(int depth, Stack& stk) {
-  if (!DbChk()) return -1;
-  dbSkip(selectedArea, StackInt(stk[depth - 1]));
+void OpSkip(Operands& o) {
+  if (!DbChk()) return;
+  dbSkip(selectedArea, o.integer());
   if (g_opt[optTALK]) std::printf("RECORD: %05d\n", dbRECNO(selectedArea));
-  return -1;
 }
 
-int OpEOF(int depth, Stack& stk) {
-  if (_noArguments(stk[depth - 1], "EOF()") && DbChk())
-    _answer(stk[depth - 1], dbEOF(selectedArea) ? -1 : 0);
-  return 0;
+void OpEOF(Operands& o) {
+  _answer(o, [] { return dbEOF(selectedArea) ? -1 : 0; });
 }
 
-int OpDELETED(int depth, Stack& stk) {
-  if (_noArguments(stk[depth - 1], "DELETED()") && DbChk())
-    _answer(stk[depth - 1], dbDELETED(selectedArea) ? -1 : 0);
-  return 0;
+void OpDELETED(Operands& o) {
+  _answer(o, [] { return dbDELETED(selectedArea) ? -1 : 0; });
 }
 
-int OpRECNO(int depth, Stack& stk) {
-  if (DbChk() && _noArguments(stk[depth - 1], "RECNO()"))
-    _answer(stk[depth - 1], dbRECNO(selectedArea));
-  return 0;
+void OpRECNO(Operands& o) {
+  if (!DbChk()) return o.keep();
+  if (!o.list().empty()) {
+    ArgErr("RECNO()");
+    return o.keep();
+  }
+  o.result(std::to_string(dbRECNO(selectedArea)));
 }
 
-int OpDsp(int depth, Stack& stk) {
-  const int n = StackInt(stk[depth - 1]);
-  const int removed = n + 1;
-  if (!DbChk() || !validRno()) return -removed;
+void OpDsp(Operands& o) {
+  if (!DbChk() || !validRno()) return;
+  const Lines values = o.list();
   dspRnoDel();
-  for (int i = depth - removed; i < depth - 1; ++i) {
-    SayVal(-1, stk[i]);
+  for (const std::string& value : values) {
+    SayVal(-1, value);
     SayTxt(-1, " ");
   }
-  if (n == 0) dspFlds();
+  if (values.empty()) dspFlds();
   std::putchar('\n');
-  return -removed;
 }
 
-int OpDspStr(int, Stack&) {
+void OpDspStr(Operands&) {
   if (DbChk()) dbDispStruc(selectedArea);
-  return 0;
 }
 
-int OpDspDbf(int, Stack&) {
+void OpDspDbf(Operands&) {
   std::printf("\nDATABASE FILES   # RCDS    LAST UPDATE\n");
   for (const std::string& name : OS_GetFileList("*.DBF")) {
     int records = 0;
@@ -203,18 +190,17 @@ int OpDspDbf(int, Stack&) {
       std::printf("%-16s %05d     %s\n", name.c_str(), records, date.c_str());
   }
   std::printf("\n\n");
-  return 0;
 }
 
-int OpDspStat(int, Stack&) {
+void OpDspStat(Operands&) {
   constexpr int keyEsc = 27;
   std::printf("\n");
   const bool any = _sayTables();
   std::printf("\n");
   _sayIndexes();
   std::printf("\n");
-  if (any && AskWait() == keyEsc) return 0;
-  if (errnum) return 0;
+  if (any && AskWait() == keyEsc) return;
+  if (errnum) return;
   std::printf("\nTODAYS DATE        - %s\n", DateNow().c_str());
   if (!g_optval[optDEFAULT].empty())
     std::printf("DEFAULT DISK DRIVE - %s\n", g_optval[optDEFAULT].c_str());
@@ -222,7 +208,6 @@ int OpDspStat(int, Stack&) {
     std::printf("ALTERNATE FILE     - %s\n", g_optval[optALTERNATE].c_str());
   _saySettings();
   std::printf("\n");
-  return 0;
 }
 
 }  // namespace mox

@@ -12,40 +12,37 @@
 
 namespace mox {
 
-int OpSetNdx(int depth, Stack& stk) {
-  const int n = StackInt(stk[depth - 1]);
-  const int removed = n + 1;
+void OpSetNdx(Operands& o) {
   dbClrIndex(selectedArea);
-  if (!DbChk()) return -removed;
-  for (int i = 0; i < n; ++i) {
-    if (dbSetIndex(selectedArea, i, stk[depth - removed + i]) == 0) continue;
+  if (!DbChk()) return;
+  int slot = 0;
+  for (const std::string& name : o.list()) {
+    if (dbSetIndex(selectedArea, slot++, name) == 0) continue;
     SetErr("INDEX FILE CANNOT BE OPENED", "");
-    break;
+    return;
   }
-  return -removed;
 }
 
-int OpNdx(int depth, Stack& stk) {
-  if (DbChk()) dbIndexOnTo(SourceText(stk[depth - 2]), qs2s(stk[depth - 1]), g_opt[optTALK]);
-  return -2;
+void OpNdx(Operands& o) {
+  if (!DbChk()) return;
+  const std::string key = SourceText(o.text());
+  dbIndexOnTo(key, qs2s(o.text()), g_opt[optTALK]);
 }
 
-int OpReNdx(int, Stack&) {
+void OpReNdx(Operands&) {
   if (DbChk()) dbReindex(g_opt[optTALK]);
-  return 0;
 }
 
-int OpFind(int depth, Stack& stk) {
-  if (!DbChk()) return -1;
+void OpFind(Operands& o) {
+  if (!DbChk()) return;
   if (!dbINDEXED(selectedArea)) {
     SetErr("DATABASE IN USE IS NOT INDEXED", "");
-    return -1;
+    return;
   }
-  const std::string text = qs2s(stk[depth - 1]);
+  const std::string text = qs2s(o.text());
   const int length = g_opt[optEXACT] ? maxKeyLen : static_cast<int>(text.size());
   if (dbFind(selectedArea, length, text) < 1 && g_opt[optTALK] && errnum == errNone)
     std::printf("NO FIND\n");
-  return -1;
 }
 
 }  // namespace mox

@@ -1,5 +1,6 @@
 // The steps that visit records one by one under a scope and a condition.
 
+#include <algorithm>
 #include <cstdio>
 #include <optional>
 #include <vector>
@@ -20,7 +21,7 @@ namespace mox {
 
 namespace {
 
-constexpr int maxSums = 6;
+constexpr size_t maxSums = 6;
 
 // Condition of the last LOCATE, whatever table it ran on.
 std::optional<std::string> _locate;
@@ -29,9 +30,9 @@ void _say(const char* format, int number) {
   if (g_opt[optTALK]) std::printf(format, number);
 }
 
-std::vector<Expr> _expressions(const Stack& stk, int first, int n) {
+std::vector<Expr> _expressions(const Lines& sources) {
   std::vector<Expr> all;
-  for (int i = first; i < first + n; ++i) all.emplace_back(stk[i], scanSteps);
+  for (const std::string& source : sources) all.emplace_back(source, scanSteps);
   return all;
 }
 
@@ -49,10 +50,9 @@ bool _listRecord(std::vector<Expr>& expressions) {
   return whole;
 }
 
-// DELETE and RECALL: start n for ->
-int _markRecords(int depth, Stack& stk, bool counts, int (*mark)(int), const char* told) {
-  constexpr int removed = 3;
-  if (!DbChk()) return -removed;
+// DELETE and RECALL.
+void _markRecords(Operands& o, bool counts, int (*mark)(int), const char* told) {
+  if (!DbChk()) return;
   int tally = 0;
   const auto action = [&] {
     const bool changes = dbDELETED(selectedArea) == counts;
@@ -60,9 +60,8 @@ int _markRecords(int depth, Stack& stk, bool counts, int (*mark)(int), const cha
     tally += changes;
     return true;
   };
-  if (ScanRecords(StackInt(stk[depth - 3]), StackInt(stk[depth - 2]), stk[depth - 1], action) == 0)
-    _say(told, tally);
-  return -removed;
+  const int start = o.integer(), count = o.integer();
+  if (ScanRecords(start, count, o.text(), action) == 0) _say(told, tally);
 }
 
 // From the current record on to the first that qualifies, and tells where the table stands.
@@ -96,29 +95,13 @@ int CalcExprN(Sum& sum) {
   return 0;
 }
 
-// What SUM1 finds: e1 .. en n start count for t1 .. tm m, by places on the stack.
-struct SumOperands {
-  int m, firstName, condition, n, firstExpr, removed;
-};
-
-SumOperands _sumOperands(int depth, const Stack& stk) {
-  SumOperands at;
-  at.m = StackInt(stk[depth - 1]);
-  at.firstName = depth - 1 - at.m;
-  at.condition = at.firstName - 1;
-  at.n = StackInt(stk[at.condition - 3]);
-  at.firstExpr = at.condition - 3 - at.n;
-  at.removed = at.n + at.m + 5;
-  return at;
-}
-
-void _finishSums(const std::vector<Sum>& sums, const SumOperands& at, const Stack& stk) {
+void _finishSums(const std::vector<Sum>& sums, const Lines& names) {
   if (g_opt[optTALK]) {
     for (const Sum& sum : sums) std::printf("%s ", FmtFix(sum.total, 0, 6).c_str());
     std::printf("\n");
   }
-  for (int i = 0; i < at.n && i < at.m; ++i)
-    PutNumber(stk[at.firstName + i], FmtFix(sums[i].total, 0, 6), sums[i].length, sums[i].decimals);
+  for (size_t i = 0; i < std::min(sums.size(), names.size()); ++i)
+    PutNumber(names[i], FmtFix(sums[i].total, 0, 6), sums[i].length, sums[i].decimals);
 }
 
 }  // namespace
@@ -139,81 +122,66 @@ void ScanRecords(int start, int count, Expr& condition, const std::function<bool
   }
 }
 
-int OpList(int depth, Stack& stk) {
-  const int n = StackInt(stk[depth - 4]);
-  const int removed = n + 4;
-  if (!DbChk()) return -removed;
-  std::vector<Expr> expressions = _expressions(stk, depth - removed, n);
-  ScanRecords(StackInt(stk[depth - 3]), StackInt(stk[depth - 2]), stk[depth - 1],
-              [&] { return _listRecord(expressions); });
-  return -removed;
+void OpList(Operands& o) {
+  if (!DbChk()) return;
+  std::vector<Expr> expressions = _expressions(o.list());
+  const int start = o.integer(), count = o.integer();
+  ScanRecords(start, count, o.text(), [&] { return _listRecord(expressions); });
 }
 
-int OpDel1(int depth, Stack& stk) {
-  return _markRecords(depth, stk, false, dbDelete, "%05d DELETION(S)\n");
-}
+void OpDel1(Operands& o) { _markRecords(o, false, dbDelete, "%05d DELETION(S)\n"); }
 
-int OpRecall1(int depth, Stack& stk) {
-  return _markRecords(depth, stk, true, dbRecall, "%05d RECALL(S)\n");
-}
+void OpRecall1(Operands& o) { _markRecords(o, true, dbRecall, "%05d RECALL(S)\n"); }
 
-int OpLocate(int depth, Stack& stk) {
-  constexpr int removed = 2;
-  if (!DbChk()) return -removed;
-  _locate = stk[depth - 1];
+void OpLocate(Operands& o) {
+  if (!DbChk()) return;
+  const bool next = o.integer() != 0;
+  _locate = o.text();
   Expr condition(*_locate, scanSteps);
-  if (ScanCompile(condition) != 0) return -removed;
-  if (StackInt(stk[depth - 2]) != 0)
+  if (ScanCompile(condition) != 0) return;
+  if (next)
     dbSkip(selectedArea, 1);
   else
     dbTop(selectedArea);
   _seek(condition);
-  return -removed;
 }
 
-int OpContinue(int, Stack&) {
-  if (!_locate) {
-    _say("RECORD: %05d\n", 1);
-    return 0;
-  }
-  if (!DbChk()) return 0;
+void OpContinue(Operands&) {
+  if (!_locate) return _say("RECORD: %05d\n", 1);
+  if (!DbChk()) return;
   Expr condition(*_locate, scanSteps);
   if (ExprCompile(condition) != 0) {
     SetErr("CAN'T CONTINUE", "");
-    return 0;
+    return;
   }
   dbSkip(selectedArea, 1);
   _seek(condition);
-  return 0;
 }
 
-int OpCount1(int depth, Stack& stk) {
-  constexpr int removed = 4;
+void OpCount1(Operands& o) {
   constexpr int countLength = 10;
-  if (!DbChk()) return -removed;
+  if (!DbChk()) return;
   int tally = 0;
   const auto action = [&] {
     ++tally;
     return true;
   };
-  if (ScanRecords(StackInt(stk[depth - 4]), StackInt(stk[depth - 3]), stk[depth - 2], action) != 0)
-    return -removed;
+  const int start = o.integer(), count = o.integer();
+  if (ScanRecords(start, count, o.text(), action) != 0) return;
   _say("COUNT = %05d\n", tally);
-  const std::string& name = stk[depth - 1];
+  const std::string& name = o.text();
   if (name[0] != '-') PutNumber(name, std::to_string(tally), countLength, 0);
-  return -removed;
 }
 
-int OpSum1(int depth, Stack& stk) {
-  const SumOperands at = _sumOperands(depth, stk);
-  if (!DbChk()) return -at.removed;
-  if (at.n > maxSums || at.n < 1) {
-    SetErr(at.n < 1 ? "NO EXPRESSION TO SUM" : "MORE THAN 6 FIELDS TO SUM", "");
-    return -at.removed;
+void OpSum1(Operands& o) {
+  if (!DbChk()) return;
+  const Lines sources = o.list();
+  if (sources.size() > maxSums || sources.empty()) {
+    SetErr(sources.empty() ? "NO EXPRESSION TO SUM" : "MORE THAN 6 FIELDS TO SUM", "");
+    return;
   }
   std::vector<Sum> sums;
-  for (int i = 0; i < at.n; ++i)
-    sums.push_back({Expr(SourceText(stk[at.firstExpr + i]), scanSteps)});
+  for (const std::string& source : sources) sums.push_back({Expr(SourceText(source), scanSteps)});
   bool complete = true;
   const auto action = [&] {
     if (g_opt[optDELETED] && dbDELETED(selectedArea)) return true;
@@ -221,11 +189,8 @@ int OpSum1(int depth, Stack& stk) {
       if (CalcExprN(sum) != 0) return complete = false;
     return true;
   };
-  const int start = StackInt(stk[at.condition - 2]);
-  const int count = StackInt(stk[at.condition - 1]);
-  if (ScanRecords(start, count, stk[at.condition], action) == 0 && complete)
-    _finishSums(sums, at, stk);
-  return -at.removed;
+  const int start = o.integer(), count = o.integer();
+  if (ScanRecords(start, count, o.text(), action) == 0 && complete) _finishSums(sums, o.list());
 }
 
 }  // namespace mox

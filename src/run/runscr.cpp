@@ -18,77 +18,59 @@
 
 namespace mox {
 
-int OpSay(int depth, Stack& stk) {
-  const std::string& value = stk[depth - 1];
+void OpSay(Operands& o) {
+  const int row = o.integer(), col = o.integer();
+  const std::string& value = o.text();
   // Without a SAY clause the text is empty, and no number.
-  AtSay(StackInt(stk[depth - 3]), StackInt(stk[depth - 2]), value.empty() ? "" : fmtExpr(value));
-  return -1;
+  AtSay(row, col, value.empty() ? "" : fmtExpr(value));
 }
 
-int OpGet(int depth, Stack& stk) {
-  const int row = std::clamp(StackInt(stk[depth - 4]), 0, scrRows - 1);
-  const int col = std::clamp(StackInt(stk[depth - 3]), 0, scrCols - 1);
-  AtGet(row, col, strUpper(stk[depth - 2]), qs2s(stk[depth - 1]));
-  return -2;
+void OpGet(Operands& o) {
+  const int row = std::clamp(o.integer(), 0, scrRows - 1);
+  const int col = std::clamp(o.integer(), 0, scrCols - 1);
+  const std::string name = strUpper(o.text());
+  AtGet(row, col, name, qs2s(o.text()));
 }
 
-int OpRead(int, Stack&) {
+void OpRead(Operands&) {
   if (!g_optval[optFORMAT].empty()) {
     const std::string file = FnExt(g_optval[optFORMAT], ".fmt");
     if (DoFile(file) != 0) SetErr("FORMAT FILE CANNOT BE OPENED", file);
   }
-  // The error of the format file outlives the key expressions that run when the record is written.
-  const int failed = errnum;
+  const FirstErr format;
   MoxRead();
-  if (errnum == errNone) errnum = failed;
-  return 0;
 }
 
-int OpClGets(int, Stack&) {
-  AtClear();
-  return 0;
-}
+void OpClGets(Operands&) { AtClear(); }
 
-int OpCls(int, Stack&) {
+void OpCls(Operands&) {
   AtClear();
   ScrClear();
-  return 0;
 }
 
-int OpClEol(int depth, Stack& stk) {
-  ScrClrEol(StackInt(stk[depth - 2]), StackInt(stk[depth - 1]));
-  return -2;
+void OpClEol(Operands& o) {
+  const int row = o.integer();
+  ScrClrEol(row, o.integer());
 }
 
-int OpEdit(int, Stack&) {
-  MoxEdit();
-  return 0;
-}
+void OpEdit(Operands&) { MoxEdit(); }
 
-int OpBrowse(int depth, Stack& stk) {
-  MoxBrowse();
-  return -(StackInt(stk[depth - 1]) + 1);
-}
+void OpBrowse(Operands&) { MoxBrowse(); }
 
-int OpCreate(int depth, Stack& stk) {
-  MoxCreate(stk[depth - 1]);
-  return -1;
-}
+void OpCreate(Operands& o) { MoxCreate(o.text()); }
 
-int OpMdStru(int, Stack&) {
-  if (!DbChk()) return 0;
+void OpMdStru(Operands&) {
+  if (!DbChk()) return;
   std::printf("MODIFY ERASES ALL DATA RECORDS ... PROCEED? (Y/N) ");
   const int key = ScrGetKey();
   const bool yes = key == 'Y' || key == 'y';
   std::printf("%c\n", yes ? 'Y' : 'N');
   if (yes) MoxModiStru();
-  return 0;
 }
 
-int OpMdComm(int depth, Stack& stk) {
+void OpMdComm(Operands& o) {
   std::printf("%s", std::string(scrRows + 1, '\n').c_str());
-  MoxEd(FnExt(qs2s(stk[depth - 1]), ".cmd"));
-  return -1;
+  MoxEd(FnExt(qs2s(o.text()), ".cmd"));
 }
 
 }  // namespace mox

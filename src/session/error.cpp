@@ -31,6 +31,17 @@ int IntErr(std::string_view text) {
   return SetErr("INTERNAL ERROR", where);
 }
 
+ErrorSlot TakeErr() {
+  ErrorSlot slot{errnum, errnum == errNone ? std::nullopt : errmsg};
+  errnum = errNone;
+  return slot;
+}
+
+void PutErr(const ErrorSlot& slot) {
+  errnum = slot.num;
+  if (slot.num != errNone) errmsg = slot.msg;
+}
+
 void SayErr2() {
   if (errmsg) std::printf("%s\n", errmsg->c_str());
 }

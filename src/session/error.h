@@ -34,6 +34,30 @@ int SynErr(std::string_view text);  // "*** SYNTAX ERROR ***" and the text
 int ArgErr(std::string_view text);  // "ARG ERROR" and the text
 int IntErr(std::string_view text);  // "INTERNAL ERROR", the step that is running, the text
 
+// The error slot set aside. A run, also one of an expression, clears the slot at its start: a
+// statement that runs one when something may have failed already keeps its own error here.
+struct ErrorSlot {
+  int num = errNone;
+  std::optional<std::string> msg;
+};
+ErrorSlot TakeErr();                 // the slot as it stands; it is free then
+void PutErr(const ErrorSlot& slot);  // the slot as it was taken
+
+// Sets the slot aside for its own lifetime, in which errors come and go. At its end the error that
+// was there is there again; without one the slot is what the lifetime left.
+class FirstErr {
+ public:
+  FirstErr() = default;
+  ~FirstErr() {
+    if (first_.num != errNone) PutErr(first_);
+  }
+  FirstErr(const FirstErr&) = delete;
+  FirstErr& operator=(const FirstErr&) = delete;
+
+ private:
+  const ErrorSlot first_ = TakeErr();
+};
+
 // Prints errmsg and a line end; nothing before the first error of the session.
 void SayErr2();
 

@@ -244,21 +244,18 @@ int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk) {
 int dbReindex(bool talk) {
   DbArea& a = dbAreaOf(selectedArea);
   const int ndxs = std::exchange(a.ndxs, 0);  // the moves go in natural order
-  int failed = errNone;
-  std::optional<std::string> message;
+  ErrorSlot failed;
   for (int slot = 0; slot < ndxs; ++slot) {
     const std::string name = dbNdxFn(selectedArea, slot);
     if (name.empty()) continue;
-    errnum = errNone;
     if (talk) std::printf("\nREINDEXING INDEX FILE - %s\n", name.c_str());
-    if (dbIndexOnTo(dbNdxExpr(selectedArea, slot), name, talk) == 0 || failed) continue;
-    failed = errnum;
-    message = errmsg;
+    if (dbIndexOnTo(dbNdxExpr(selectedArea, slot), name, talk) == 0) continue;
+    const ErrorSlot error = TakeErr();
+    if (failed.num == errNone) failed = error;
   }
   a.ndxs = ndxs;
-  if (!failed) return 0;
-  errnum = failed;
-  errmsg = std::move(message);
+  if (failed.num == errNone) return 0;
+  PutErr(failed);
   return -1;
 }
 

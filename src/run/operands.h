@@ -1,0 +1,93 @@
+// What a handler sees of the operand stack.
+//
+// The row of the step table (steptab.cpp) tells the effect of a step as text, "before -> after",
+// the operands from the deepest to the top:
+//
+//   x            one operand
+//   (x y [z]) c  a counted group, the last thing of a row; [z] may be missing. A digit in the place
+//                of c tells the only count that there is
+//   x* c         a list: any number of operands, and their count
+//   x,y* c       the same of pairs
+//   x?           is there when the operand above it, the last, is 2
+//
+// The machine lays the effect against the stack before it calls the handler, so that a handler
+// never meets a stack that is too shallow. The handler takes its operands in the order of the row;
+// what it needn't look at it may leave. When it returns, the machine removes the operands and
+// leaves as many results as the row names: the deepest operands, the first of which result()
+// replaces.
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "session/misc.h"
+
+namespace mox {
+
+using Stack = std::vector<std::string>;
+
+class Operands;
+using Handler = void (*)(Operands&);
+
+struct StepEntry {
+  std::string_view word;
+  Handler handler;
+  std::string_view effect;
+  // What to say when the operands aren't there: of a function its usage, of another step the text
+  // of an internal error.
+  std::string_view refusal = "STACK UNDERFLOW";
+};
+
+constexpr int maxLists = 3;  // of one step
+
+// A row's effect, cut.
+struct Effect {
+  struct Operand {
+    enum Kind { one, group, list, ifTwo } kind = one;  // a group or a list includes its count
+    int least = 0, most = 0;                           // operands of a group
+    int width = 1;                                     // operands of an element of a list
+  };
+  std::vector<Operand> operands;
+  int lists = 0;
+  int results = 0;
+};
+Effect CutEffect(std::string_view text);
+
+class Operands {
+ public:
+  explicit Operands(Stack& stk) : stk_(stk) {}
+
+  // Lays an effect against a stack of this depth: false when the stack hasn't the operands.
+  bool lay(const Effect& effect, int depth);
+  // The depth behind the step.
+  int depthAfter() const { return kept_ ? depth_ : base_ + results_; }
+
+  // True while the group has another operand, or the one that may be there is there.
+  bool more() const { return next_ < end_; }
+  // The next operand: as it stands; its number cut toward zero; its number.
+  const std::string& text() { return stk_[static_cast<size_t>(next_++)]; }
+  int integer();
+  double number();
+  // All elements of the list that comes next.
+  Lines list();
+
+  // Puts the value in the place of the deepest operand.
+  void result(std::string value) { stk_[static_cast<size_t>(base_)] = std::move(value); }
+  // The step failed and leaves the stack as it found it.
+  void keep() { kept_ = true; }
+
+ private:
+  Stack& stk_;
+  int depth_ = 0;
+  int base_ = 0;  // place of the deepest operand
+  int next_ = 0;
+  int end_ = 0;  // of the group's operands
+  int results_ = 0;
+  std::array<int, maxLists> counts_{};  // operands of each list
+  int list_ = 0;                        // the list that comes next
+  bool kept_ = false;
+};
+
+}  // namespace mox
