@@ -13,7 +13,6 @@ class Dbf : public testing::Test {
   // PEOPLE.DBF: NAME C10, AGE N3, the records R1, R2 ... of age 1, 2 ...; leaves it open on 1.
   void People(int records) {
     ASSERT_EQ(0, dbfCreate(t, "PEOPLE.DBF"));
-    EXPECT_EQ(522u, Bytes("PEOPLE.DBF").size());
     dbfFld(t, 1, "name ", 'C', 10, 0);
     dbfFld(t, 2, "AGE", 'N', 3, 0);
     ASSERT_EQ(0, dbfFld(t, 0, "", ' ', 0, 0));
@@ -49,7 +48,7 @@ TEST_F(Dbf, FileIsExactToTheByte) {
   want.resize(dbfHeaderSize);
   want += " R1          1 R2          2 R3          3\x1A";
   EXPECT_EQ(want, Bytes("PEOPLE.DBF"));
-  EXPECT_EQ((std::array{day, month, year}), t.date);
+  EXPECT_EQ((std::array{day, month, year}), t.file->date);
 
   testing::internal::CaptureStdout();
   dbfDispStruc(t);
@@ -121,7 +120,7 @@ TEST_F(Dbf, FieldsAreCutAndFilled) {
   EXPECT_EQ(1, dbfCOLS(copy));
   dbfAppend(copy);
   EXPECT_EQ(0, dbfCpyRowToFm(copy, t, {}));
-  EXPECT_EQ(" 100", copy.row);
+  EXPECT_EQ(" 100", dbfRow(copy));
 }
 
 TEST_F(Dbf, DeletePackAndTheRecordsBehind) {
@@ -129,7 +128,7 @@ TEST_F(Dbf, DeletePackAndTheRecordsBehind) {
   for (int r : {1, 3}) EXPECT_EQ(0, dbfSkipTo(t, r) + dbfDelete(t));
   dbfRecall(t);
   dbfSkipTo(t, 2);
-  t.row[0] = '?';  // any mark but a space drops the record
+  dbfRow(t)[0] = '?';  // any mark but a space drops the record
   dbfReplace(t);
   EXPECT_EQ(0, dbfPack(t));
   EXPECT_EQ(2, dbfROWS(t));
@@ -168,7 +167,7 @@ TEST_F(Dbf, CountBeyondTheFileAndFullTable) {
   EXPECT_EQ(0, dbfPack(t));
   EXPECT_EQ(2, dbfROWS(t));
   dbfSkipTo(t, 2);
-  EXPECT_EQ(" R2           ", t.row);
+  EXPECT_EQ(" R2           ", dbfRow(t));
 
   dbfClose(t);
   bytes[1] = '\xFE', bytes[2] = '\xFF';

@@ -10,7 +10,7 @@
 
 #include "session/number.h"
 #include "store/bytes.h"
-#include "store/ndx.h"
+#include "store/ndx_page.h"
 #include "temp_dir.h"
 
 namespace mox {

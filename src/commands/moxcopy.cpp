@@ -23,22 +23,9 @@ struct FieldPair {
   int to;
 };
 
-Lines _fieldNames(int area) {
-  Lines names;
-  for (int i = 0; i < dbCOLS(area); ++i) names.push_back(dbName(area, i));
-  return names;
-}
-
-// Makes the target and opens it: 0; -2 it can't be made; -1 a name is no field; dbfCantWrite.
-int _createDBF(int area, const Lines& fields, DbfTable& t, const std::string& path) {
-  const int result = dbCopyStruc(area, fields, path);
-  if (result == 0 || result == -1) TargetOpen(t, path);
-  return result;
-}
-
 std::vector<FieldPair> _pairs(int area, const Lines& fields, const DbfTable& t) {
   std::vector<FieldPair> pairs;
-  for (const std::string& name : fields.empty() ? _fieldNames(area) : fields)
+  for (const std::string& name : fields.empty() ? dbFields(area) : fields)
     if (const int to = fldno(t, name); to >= 0) pairs.push_back({dbFno(area, name), to});
   return pairs;
 }
@@ -62,22 +49,18 @@ std::vector<FieldPair> _appendPairs(const DbfTable& source) {
   return pairs;
 }
 
-void _apndDBFflds(const DbfTable& source, const std::vector<FieldPair>& pairs) {
+void _apndDBFflds(DbfTable& source, const std::vector<FieldPair>& pairs) {
   for (const FieldPair& p : pairs) dbSetVal(selectedArea, p.to, fldget(source, p.from));
 }
 
 }  // namespace
 
-int moxCpyToDbf(int start, int count, const Lines& fields, const std::string& filename,
-                const std::string& condition) {
-  std::string path;
+int CopyRecords(int start, int count, const Lines& fields, const std::string& filename,
+                const std::string& condition, DbfTable& t) {
+  const std::string name = FnExt(filename, ".dbf");
   Expr test(condition, scanSteps);
-  if (!TargetPath(FnExt(filename, ".dbf"), path) || ScanCompile(test) != 0) return -1;
-  DbfTable t;
-  if (_createDBF(selectedArea, fields, t, path) == dbfCantWrite) {
-    TargetLost(path);
-    return -1;
-  }
+  if (ScanCompile(test) != 0) return -1;
+  if (!TargetFree(dbCopyStruc(selectedArea, fields, name, t), name)) return -1;
   const std::vector<FieldPair> pairs = _pairs(selectedArea, fields, t);
   int tally = 0;
   int result = 0;
@@ -87,41 +70,73 @@ int moxCpyToDbf(int start, int count, const Lines& fields, const std::string& fi
     if (result == 0) ++tally;
     return result == 0;
   });
-  if (TargetClose(t, result) != 0) return -1;
+  if (result == 0 && !Interrupted()) return tally;
+  TargetClose(t, result);
+  return -1;
+}
+
+void SayCopied(int tally) {
   if (g_opt[optTALK]) std::printf("%05d RECORD(S) COPIED\n", tally);
+}
+
+int moxCpyToDbf(int start, int count, const Lines& fields, const std::string& filename,
+                const std::string& condition) {
+  DbfTable t;
+  const int tally = CopyRecords(start, count, fields, filename, condition, t);
+  if (tally < 0 || TargetClose(t, 0) != 0) return -1;
+  SayCopied(tally);
   return 0;
 }
 
-int KeepAppended(Expr& condition, int& tally) {
-  if (!Qualifies(condition)) return dbRemove(selectedArea);
-  dbReplace(selectedArea);
-  if (errnum != errNone) return -1;
-  ++tally;
-  return 0;
+int KeepAppended(Expr& condition, int& tally, ErrorSlot& lacking) {
+  const bool keep = Qualifies(condition);
+  const ErrorSlot judged = TakeErr();  // only that of the last record survives
+  if (!keep) {
+    const int removed = dbRemove(selectedArea);
+    if (errnum == errNone) PutErr(judged);
+    return removed;
+  }
+  const int result = dbReplaceNew(selectedArea);
+  if (result == dbNoKey) lacking = TakeErr();
+  if (result >= 0) {
+    ++tally;
+    return 0;
+  }
+  const FirstErr refused;
+  dbRemove(selectedArea);
+  return result;
+}
+
+int EndAppend(int result, int tally, const ErrorSlot& lacking) {
+  if (errnum == errNone) PutErr(lacking);
+  if (g_opt[optTALK]) std::printf("%05d RECORD(S) ADDED\n", tally);
+  return result == 0 ? 0 : -1;
 }
 
 int moxApndFmDBF(const std::string& filename, const std::string& condition) {
   const std::string name = FnExt(filename, ".dbf");
   DbfTable source;
-  if (TargetOpen(source, name) != 0) {
+  if (dbfOpen(source, name) != 0) {
     SetErr("FILE DOES NOT EXIST", name);
     return -1;
   }
   Expr test(condition, scanSteps);
   if (ScanCompile(test) != 0) return -1;
   const std::vector<FieldPair> pairs = _appendPairs(source);
+  ErrorSlot lacking;
   int tally = 0;
   int result = 0;
+  const int rows = dbfROWS(source);  // its own records would be added on and on
   dbfSkipTo(source, 1);
-  for (; !dbfEOF(source) && result == 0 && !Interrupted(); dbfSkip(source, 1)) {
+  for (int r = 0; r < rows && !dbfEOF(source) && result == 0 && !Interrupted();
+       ++r, dbfSkip(source, 1)) {
     if (dbfDELETED(source)) continue;
     if ((result = dbAppend(selectedArea)) != 0) break;
     dbRepl0(selectedArea);
     _apndDBFflds(source, pairs);
-    result = KeepAppended(test, tally);
+    result = KeepAppended(test, tally, lacking);
   }
-  if (g_opt[optTALK]) std::printf("%05d RECORD(S) ADDED\n", tally);
-  return result == 0 ? 0 : -1;
+  return EndAppend(result, tally, lacking);
 }
 
 void OpCpyMox(Operands& o) {
@@ -137,9 +152,10 @@ void OpCpyMox(Operands& o) {
 }
 
 void OpCpyDef(Operands& o) {
-  std::string path;
-  if (!DbChk() || !TargetPath(FnExt(o.text(), ".dbf"), path)) return;
-  if (dbCopyStruc(selectedArea, o.list(), path) == dbfCantWrite) TargetLost(path);
+  if (!DbChk()) return;
+  const std::string name = FnExt(o.text(), ".dbf");
+  DbfTable t;
+  if (TargetFree(dbCopyStruc(selectedArea, o.list(), name, t), name)) TargetClose(t, 0);
 }
 
 void OpApndDbf(Operands& o) {

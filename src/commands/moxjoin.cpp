@@ -62,16 +62,14 @@ bool _joinFields(const Lines& names, std::vector<JoinField>& fields) {
   return true;
 }
 
-// Makes the empty target: 0; -1 it can't be made; dbfCantWrite.
-int createDbf(const std::string& path, const std::vector<JoinField>& fields) {
-  DbfTable t;
-  if (const int made = dbfCreate(t, path); made != 0) return made == dbfCantWrite ? made : -1;
+// Begins the target: 0, or what refused it.
+int createDbf(const std::string& path, const std::vector<JoinField>& fields, DbfTable& t) {
+  if (const int made = dbfCreate(t, path); made != 0) return made;
   int number = 0;
   for (const JoinField& f : fields)
     dbfFld(t, ++number, dbName(f.area, f.field), dbTyp(f.area, f.field), dbLen(f.area, f.field),
            dbDec(f.area, f.field));
-  const int defined = dbfFld(t, 0, "", ' ', 0, 0);
-  return dbfClose(t) == 0 ? defined : dbfCantWrite;
+  return dbfFld(t, 0, "", ' ', 0, 0);
 }
 
 int _addPair(DbfTable& t, const std::vector<JoinField>& fields) {
@@ -166,20 +164,17 @@ int moxJoin(const std::string& filename, const std::string& condition, const Lin
     return -1;
   }
   std::vector<JoinField> joined;
-  std::string path;
   Expr test(condition, scanSteps);
-  if (!_joinFields(_joinNames(fields), joined) || ScanCompile(test) != 0 ||
-      !TargetPath(FnExtDflt(filename, ".dbf"), path))
-    return -1;
-  if (const int made = createDbf(path, joined); made != 0) {
-    if (made == dbfCantWrite)
-      TargetLost(path);
-    else
+  if (!_joinFields(_joinNames(fields), joined) || ScanCompile(test) != 0) return -1;
+  const std::string name = FnExtDflt(filename, ".dbf");
+  DbfTable t;
+  if (const int made = createDbf(name, joined, t); made != 0) {
+    if (made == dbfCantCreate)
       SetErr("CANNOT CREATE FILE", "");
+    else
+      FileErr(made, name);
     return -1;
   }
-  DbfTable t;
-  TargetOpen(t, path);
   return TargetClose(t, _joinRecords(t, joined, test));
 }
 

@@ -41,7 +41,7 @@ struct Sort {
 
 int _rdRKV(Sort& s, int recno, RKV& r) {
   const int result = dbfSkipTo(s.t, recno);
-  r = {recno, fldget(s.t, s.field), s.t.row};
+  r = {recno, fldget(s.t, s.field), dbfRow(s.t)};
   return result;
 }
 
@@ -53,7 +53,7 @@ bool _isBefore(const Sort& s, const RKV& a, const RKV& b) {
 }
 
 int _put(Sort& s, const std::string& value) {
-  s.t.row = value;
+  dbfSetRow(s.t, value);
   return dbfReplace(s.t);
 }
 
@@ -86,7 +86,7 @@ int _copyBack(Sort& s, int first, int last, int base) {
   int result = 0;
   for (int i = first; i <= last && result == 0; ++i) {
     dbfSkipTo(s.t, base + i - first);
-    const std::string value = s.t.row;
+    const std::string value = dbfRow(s.t);
     dbfSkipTo(s.t, i);
     result = _put(s, value);
   }
@@ -96,7 +96,7 @@ int _copyBack(Sort& s, int first, int last, int base) {
 // Merges run A, from a1 on, and run B, from b1 to b2, its neighbour. Interrupted, it leaves both
 // as they were: what comes behind the first record copied back is done to its end.
 int _merge(Sort& s, int a1, int b1, int b2) {
-  const int base = s.t.rmax + 1;
+  const int base = dbfROWS(s.t) + 1;
   RKV a, b;
   _rdRKV(s, a1, a);
   _rdRKV(s, b1, b);
@@ -107,7 +107,7 @@ int _merge(Sort& s, int a1, int b1, int b2) {
   }
   if (result == 0 && !Interrupted()) result = _copyBack(s, a1, b2, base);
   if (result != 0) return result;
-  s.t.rmax = base - 1;
+  s.t.file->rmax = base - 1;
   result = dbfAppend(s.t);  // with dbfRemove: the count and the end mark
   return result == 0 ? dbfRemove(s.t) : result;
 }
@@ -126,14 +126,16 @@ int _sort(Sort& s, int lo, int hi) {
 
 int MoxSort(const std::string& field, const std::string& filename, int order) {
   const std::string name = FnExtDflt(filename, ".dbf");
-  if (moxCpyToDbf(0, dbRMAX(selectedArea), {}, name, "1=1") != 0) return -2;
   Sort s{{}, 0, order};
-  TargetOpen(s.t, name);
+  const int tally = CopyRecords(0, dbRMAX(selectedArea), {}, name, "1=1", s.t);
+  if (tally < 0) return -2;
+  SayCopied(tally);
   s.field = fldno(s.t, field);
-  if (s.field < 0) return -1;
+  const bool found = s.field >= 0;
   s.t.limit = 2 * maxRecords + 1;
-  const int result = _sort(s, 1, s.t.rmax);
-  return TargetClose(s.t, result) == 0 && errnum == errNone ? 0 : -2;
+  const int result = found ? _sort(s, 1, dbfROWS(s.t)) : 0;
+  if (TargetClose(s.t, result) != 0) return -2;
+  return found ? 0 : -1;
 }
 
 void OpSort(Operands& o) {

@@ -85,14 +85,13 @@ bool _totalFields(const Lines& names, std::vector<TotalField>& fields) {
 
 int moxTotal(const std::string& filename, const std::string& key, const Lines& names) {
   std::vector<TotalField> fields;
-  std::string path;
-  if (!_totalFields(names, fields) || !TargetPath(FnExtDflt(filename, ".dbf"), path)) return -1;
-  if (const int made = dbCopyStruc(selectedArea, names, path); made != 0) {
-    if (made == dbfCantWrite) TargetLost(path);
+  if (!_totalFields(names, fields)) return -1;
+  const std::string name = FnExtDflt(filename, ".dbf");
+  DbfTable t;
+  if (const int made = dbCopyStruc(selectedArea, names, name, t); made != 0) {
+    TargetFree(made, name);
     return -1;
   }
-  DbfTable t;
-  TargetOpen(t, path);
   for (TotalField& f : fields) f.to = fldno(t, dbName(selectedArea, f.from));
   const int keyField = dbFno(selectedArea, key);
   int groups = 0;

@@ -23,7 +23,7 @@ int _compare(char type, std::string_view a, std::string_view b) {
   return type == 'N' ? DblToInt(TxtToDbl(a) - TxtToDbl(b)) : a.compare(b);
 }
 
-void _doAdds(int area, const DbfTable& source, const Lines& adds) {
+void _doAdds(int area, DbfTable& source, const Lines& adds) {
   for (const std::string& name : adds) {
     const int from = fldno(source, name);
     const int to = dbFno(area, name);
@@ -33,7 +33,7 @@ void _doAdds(int area, const DbfTable& source, const Lines& adds) {
   }
 }
 
-void _doReplaces(int area, const DbfTable& source, const Lines& targets, const Lines& sources) {
+void _doReplaces(int area, DbfTable& source, const Lines& targets, const Lines& sources) {
   for (size_t i = 0; i < std::min(targets.size(), sources.size()); ++i) {
     const int from = fldno(source, sources[i]);
     const int to = dbFno(area, targets[i]);
@@ -54,12 +54,13 @@ int moxUpdate(int area, const std::string& filename, const std::string& key, con
   if (keyTo < 0) return _refuse("VARIABLE CANNOT BE FOUND", key);
   const std::string name = FnExtDflt(filename, ".dbf");
   DbfTable source;
-  if (TargetOpen(source, name) != 0) return _refuse("BAD FILE NAME", name);
+  if (dbfOpen(source, name) != 0) return _refuse("BAD FILE NAME", name);
   const int keyFrom = fldno(source, key);
   if (keyFrom < 0) return _refuse("VARIABLE CANNOT BE FOUND", key);
   dbTop(area);
   dbfSkipTo(source, 1);
-  while (!dbEOF(area) && !dbfEOF(source) && errnum == errNone && !Interrupted()) {
+  ErrorSlot told;  // of the first record that stayed as it was
+  while (!dbEOF(area) && !dbfEOF(source) && !Interrupted()) {
     const int sign = _compare(dbTyp(area, keyTo), dbVal(area, keyTo), fldget(source, keyFrom));
     if (sign < 0) {
       dbSkip(area, 1);
@@ -71,8 +72,10 @@ int moxUpdate(int area, const std::string& filename, const std::string& key, con
       _doReplaces(area, source, targets, sources);
       dbReplace(area);
     }
+    if (errnum != errNone && told.num == errNone) told = TakeErr();
     dbfSkip(source, 1);
   }
+  if (errnum == errNone) PutErr(told);
   return errnum == errNone ? 0 : -1;
 }
 

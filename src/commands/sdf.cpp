@@ -2,14 +2,15 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 #include <vector>
 
 #include "commands/moxcopy.h"
-#include "commands/target.h"
 #include "run/handlers.h"
 #include "run/rundb_scan.h"
 #include "session/error.h"
 #include "session/files.h"
+#include "session/newfile.h"
 #include "session/options.h"
 #include "session/session.h"
 #include "store/db.h"
@@ -18,7 +19,8 @@ namespace mox {
 
 namespace {
 
-constexpr size_t maxTextLine = 1001;  // bytes of one read of a line
+constexpr size_t maxTextLine = 1001;   // bytes of one read of a line
+constexpr size_t pieceSize = 1 << 16;  // bytes of text that are written at once
 constexpr std::string_view commaForm = ",";
 
 std::vector<int> _fields(const Lines& names) {
@@ -94,32 +96,31 @@ int getCSV(std::string_view line, std::string_view delimiter, size_t limit, Line
 
 int moxCpyToSdf(int start, int count, const Lines& fields, const std::string& filename,
                 const std::string& condition, const std::string& delimiter) {
-  std::string path;
   Expr test(condition, scanSteps);
-  if (!TargetPath(filename, path) || ScanCompile(test) != 0) return -1;
+  if (ScanCompile(test) != 0) return -1;
   const std::string between = qs2s(delimiter);
   const std::vector<int> columns = _fields(fields);
-  File f = FileOpen(path, "w");
-  if (!f) {
-    SetErr("CANNOT CREATE FILE", path);
-    return -1;
-  }
+  NewFile f;
+  int result = NewFileOpen(f, filename);
   int tally = 0;
-  bool written = true;
-  ScanRecords(start, count, test, [&] {
-    if (g_opt[optDELETED] && dbDELETED(selectedArea)) return true;
-    const std::string line = _recordLine(columns, between);
-    written = std::fwrite(line.data(), 1, line.size(), f.get()) == line.size();
-    ++tally;
-    return written;
-  });
-  written = std::fflush(f.get()) == 0 && written;
-  f.reset();
-  if (!written) {
-    TargetLost(path);
+  std::string text;
+  if (result == 0) {
+    ScanRecords(start, count, test, [&] {
+      if (g_opt[optDELETED] && dbDELETED(selectedArea)) return true;
+      text += HostText(_recordLine(columns, between));
+      ++tally;
+      if (text.size() >= pieceSize && !NewFileAppend(f, std::exchange(text, {})))
+        result = fileCantWrite;
+      return result == 0;
+    });
+  }
+  if (Interrupted()) return -1;
+  if (result == 0) result = NewFileAppend(f, text) ? NewFileDone(f) : fileCantWrite;
+  if (result != 0) {
+    FileErr(result, f.path);
     return -1;
   }
-  if (g_opt[optTALK]) std::printf("%05d RECORD(S) COPIED\n", tally);
+  SayCopied(tally);
   return 0;
 }
 
@@ -139,6 +140,7 @@ int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
   const std::string between = qs2s(delimiter);
   Expr test(condition, scanSteps);
   if (ScanCompile(test) != 0) return -1;
+  ErrorSlot lacking;
   int tally = 0;
   int result = 0;
   std::string line;
@@ -150,10 +152,9 @@ int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
       _setFixed(line);
     else
       _setDelimited(line, between);
-    result = KeepAppended(test, tally);
+    result = KeepAppended(test, tally, lacking);
   }
-  if (g_opt[optTALK]) std::printf("%05d RECORD(S) ADDED\n", tally);
-  return result == 0 ? 0 : -1;
+  return EndAppend(result, tally, lacking);
 }
 
 void OpApndSdf(Operands& o) {

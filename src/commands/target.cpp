@@ -1,39 +1,26 @@
 #include "commands/target.h"
 
 #include "session/error.h"
-#include "store/db.h"
+#include "session/session.h"
 
 namespace mox {
 
-bool TargetPath(const std::string& name, std::string& path) {
-  path = FnFind(name);
-  if (!dbInUse(path)) return true;
-  SetErr("FILE IS IN USE", path);
+bool TargetFree(int made, const std::string& name) {
+  if (made != dbfInUse && made != dbfCantWrite) return true;
+  FileErr(made, name);
   return false;
-}
-
-int TargetOpen(DbfTable& t, const std::string& path) {
-  const int result = dbfOpen(t, path);
-  dbfBuffer(t);
-  return result;
 }
 
 int TargetClose(DbfTable& t, int result) {
   if (!dbfOPEN(t)) return 0;
   const std::string path = t.name;
-  const int closed = dbfClose(t);
-  if (closed != 0 || (result != 0 && result != dbfFull)) {
-    TargetLost(path);
-    return -1;
-  }
-  if (result == 0) return 0;
-  SetErr("TABLE IS FULL", path);
-  return -1;
-}
-
-void TargetLost(const std::string& path) {
-  FileDrop(path);
-  SetErr("CANNOT WRITE FILE", path);
+  if (result == 0 && !Interrupted()) result = dbfClose(t);
+  t = DbfTable{};
+  if (result == dbfFull)
+    SetErr("TABLE IS FULL", path);
+  else if (result != 0)
+    FileErr(dbfCantWrite, path);
+  return result == 0 && !Interrupted() ? 0 : -1;
 }
 
 }  // namespace mox

@@ -1,8 +1,7 @@
-// The files that whole-table statements make and read beside the work areas.
+// The tables that whole-table statements make beside the work areas.
 //
-// A target that exists is replaced without a question, but only by a statement that can work: what
-// can be checked is checked before the file is touched. A target that can't be written to its end
-// is removed.
+// A target that exists is replaced without a question, but only by a statement that can work, and
+// only when the new table is whole: until then, and after any refusal, the old one stands.
 #pragma once
 
 #include <string>
@@ -11,17 +10,11 @@
 
 namespace mox {
 
-// The path of a target: the existing file that has the name in whatever case, or the name itself.
-// Nothing, after a report, when a work area holds that file.
-bool TargetPath(const std::string& name, std::string& path);
-
-// Opens a table that is read or written as a whole, as dbfOpen does.
-int TargetOpen(DbfTable& t, const std::string& path);
-// Closes a target on which the last operation gave this result. A full table is an error and stays
-// as it is; any other failure is an error and leaves no file. A table that was never opened is
-// passed over. 0, or -1 after the report.
+// Nothing, after a report, when an area of this or of another session has the target open.
+bool TargetFree(int made, const std::string& name);
+// Ends a target on which the last operation gave this result: it takes its place when the statement
+// went well and wasn't stopped. A table that was never opened is passed over. 0, or -1 after a
+// report.
 int TargetClose(DbfTable& t, int result);
-// Removes a target that couldn't be written, with the report.
-void TargetLost(const std::string& path);
 
 }  // namespace mox

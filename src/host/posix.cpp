@@ -10,6 +10,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "host/file.h"
 #include "host/host.h"
 #include "host/posix.h"
 #include "host/sequence.h"
@@ -142,6 +143,7 @@ bool _fill(int ms) {
   std::memmove(_buf, _buf + _pos, _end - _pos);
   _end -= _pos;
   _pos = 0;
+  OS_CountWait();
   std::fflush(nullptr);
   for (;;) {
     if (!_waitInput(ms)) return false;

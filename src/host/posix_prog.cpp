@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/file.h"
 #include "host/host.h"
 #include "host/posix.h"
 
@@ -103,6 +104,7 @@ int OS_RunProgWait(const std::string& program, const std::string& args, int) {
   argv.push_back(nullptr);
 
   std::fflush(nullptr);
+  OS_CountWait();
   PosixLineMode();
   termios found;
   const bool terminal = tcgetattr(STDIN_FILENO, &found) == 0;

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/file.h"
 #include "host/host.h"
 #include "host/sequence.h"
 
@@ -133,6 +134,7 @@ bool _fillFromFile(int ms) {
 bool _fill(int ms) {
   _buf.erase(0, _pos);
   _pos = 0;
+  OS_CountWait();
   std::fflush(nullptr);
   return _isConsole() ? _fillFromConsole() : _fillFromFile(ms);
 }
@@ -208,6 +210,7 @@ class KeyMode {
 
 // The next key of the console: its first byte, the others in the buffer or in _scanCode.
 int _consoleKey() {
+  OS_CountWait();
   std::fflush(nullptr);
   const KeyMode mode;
   while (_pos == _buf.size()) {

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <string>
 
+#include "host/file.h"
 #include "host/host.h"
 #include "host/path.h"
 
@@ -16,6 +17,7 @@ namespace mox {
 
 int OS_RunProgWait(const std::string& program, const std::string& args, int mode) {
   std::fflush(nullptr);
+  OS_CountWait();
   SHELLEXECUTEINFOA start = {};
   start.cbSize = sizeof start;
   start.fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_NOASYNC | SEE_MASK_FLAG_NO_UI;

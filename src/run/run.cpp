@@ -12,6 +12,7 @@
 #include "session/number.h"
 #include "session/options.h"
 #include "session/session.h"
+#include "store/db.h"
 
 namespace mox {
 
@@ -253,6 +254,7 @@ void doRun(const Program& program) {
   if (!nest.ok()) return;
   Stack stk;
   doRun1(program, stk, RunOf::statements);
+  dbRevert();  // of a change that an error or Ctrl-C broke off
   FpCloseAll();
 }
 

@@ -19,6 +19,7 @@
 // the first element of an array is saved.
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -26,6 +27,7 @@
 #include "run/handlers.h"
 #include "session/error.h"
 #include "session/files.h"
+#include "session/newfile.h"
 #include "session/number.h"
 #include "session/value.h"
 #include "store/bytes.h"
@@ -44,6 +46,7 @@ constexpr int typeBit = 0x80;
 constexpr int typeMask = 0x7F;
 constexpr int maxByte = 255;
 constexpr int valueDigits = 15;
+constexpr double formLoss = 1e-9;  // share of a number that ten digits may lose
 
 constexpr int memNoFile = -1;
 constexpr int memDamaged = -2;
@@ -71,6 +74,12 @@ void memPutC(std::string& bytes, std::string_view value) {
   bytes += value;
 }
 
+// True when the number survives the 6-byte form but for its last digits.
+bool _fitsForm(double x) {
+  const double kept = bcd2d6(d2bcd6(x));
+  return std::fabs(kept - x) <= std::fabs(x) * formLoss;
+}
+
 // Appends the record of a variable; false when it doesn't fit the form.
 bool _putVariable(std::string& bytes, int number) {
   std::string name = VarName(number)->substr(0, maxName);
@@ -83,19 +92,29 @@ bool _putVariable(std::string& bytes, int number) {
     case 'L': memPutL(bytes, value); return true;
     case 'N':
       memPutN(bytes, length, decimals, value);
-      return length >= 0 && length <= maxByte && decimals >= 0 && decimals <= maxByte;
+      return length >= 0 && length <= maxByte && decimals >= 0 && decimals <= maxByte &&
+             _fitsForm(TxtToDbl(value));
     default: memPutC(bytes, value); return value.size() <= maxByte;
   }
 }
 
-// Writes the variables whose names fit the pattern, or with like 0 those that don't: 0, or -1 when
-// one doesn't fit the form or the file can't be written; what was there stays then.
+// Writes the variables whose names fit the pattern, or with like 0 those that don't: 0, or -1 after
+// a report when one doesn't fit the form or the file can't be written; what was there stays then.
 int MoxSaveMem(const std::string& filename, std::string_view pattern, int like) {
   std::string bytes;
-  for (int i = 0; i < VarCount(); ++i)
-    if (IsLike(*VarName(i), pattern) == (like != 0) && !_putVariable(bytes, i)) return -1;
+  for (int i = 0; i < VarCount(); ++i) {
+    if (IsLike(*VarName(i), pattern) != (like != 0) || _putVariable(bytes, i)) continue;
+    SetErr("SAVE FAILED", *VarName(i));
+    return -1;
+  }
   bytes += endMark;
-  return FileWrite(FnFind(FnExt(filename, ".mem")), bytes) ? 0 : -1;
+  const std::string name = FnExt(filename, ".mem");
+  const int written = FileWriteBytes(name, bytes);
+  if (written == fileInUse)
+    FileErr(written, name);
+  else if (written != 0)
+    SetErr("SAVE FAILED", "");
+  return written == 0 ? 0 : -1;
 }
 
 // Puts a variable at the end of the table in the place of any of that name. One more than the
@@ -163,7 +182,7 @@ int MoxRestoreMem(const std::string& filename) {
 
 void OpMSave(Operands& o) {
   const std::string file = qs2s(o.text()), pattern = qs2s(o.text());
-  if (MoxSaveMem(file, pattern, o.integer()) != 0) SetErr("SAVE FAILED", "");
+  MoxSaveMem(file, pattern, o.integer());
 }
 
 void OpRestore(Operands& o) {

@@ -15,7 +15,9 @@ namespace {
 
 const char printDevice[] = "LPT1:";
 
-void _appendTo(const std::string& path, std::string_view text) {
+void _appendTo(const std::string& name, std::string_view text) {
+  const std::string path = FnFind(name);
+  if (FileInUse(path)) return;
   if (File f = FileOpen(path, "a")) std::fwrite(text.data(), 1, text.size(), f.get());
 }
 

@@ -51,6 +51,8 @@ void OpOpt(Operands& o) {
     SynErr("");
   else if (slot == optFORMAT)
     _setFormat(withText ? value : name);
+  else if (withText && slot == optALTERNATE && FileInUse(FnFind(qs2s(value))))
+    SetErr("FILE IS IN USE", qs2s(value));
   else if (withText)
     g_optval[slot] = qs2s(value);
   else
@@ -63,12 +65,12 @@ void OpQuit(Operands&) { g_quit = 1; }
 
 void OpDel(Operands& o) {
   const std::string path = FnFind(qs2s(o.text()));
-  if (dbInUse(path) || !FileDelete(path)) SetErr("DELETE FILE FAILED", "");
+  if (FileInUse(path) || !FileDelete(path)) SetErr("DELETE FILE FAILED", "");
 }
 
 void OpRen(Operands& o) {
-  const std::string from = FnFind(qs2s(o.text())), to = qs2s(o.text());
-  if (dbInUse(from) || !FileRename(from, to)) SetErr("RENAME FAILED", "");
+  const std::string from = FnFind(qs2s(o.text())), to = FnFind(qs2s(o.text()));
+  if (FileInUse(from) || !FileRename(from, to)) SetErr("RENAME FAILED", "");
 }
 
 void OpClMem(Operands&) { VarClear(); }

@@ -90,6 +90,12 @@ bool validRno() {
   return recno >= 1 && recno <= dbRMAX(selectedArea);
 }
 
+bool OnRecord() {
+  if (dbOnRecord(selectedArea)) return true;
+  SetErr("NO RECORD", "");
+  return false;
+}
+
 void dspRnoDel() {
   SayTxt(0, "");
   SayTxt(-1, StrFmt("%05d %c", dbRECNO(selectedArea), dbDELETED(selectedArea) ? '*' : ' '));
@@ -120,7 +126,9 @@ void OpUse(Operands& o) {
   if (dbOPEN(selectedArea)) dbClose(selectedArea);
   if (name == "-") return;
   const int result = dbOpen(selectedArea, name + ".dbf");
-  if (result == dbfClosed)
+  if (result == dbfInUse)
+    FileErr(result, name + ".dbf");
+  else if (result == dbfClosed)
     _tell("FILE DOES NOT EXIST");
   else if (result < 0)
     _tell("NOT A dBASE II DATABASE");

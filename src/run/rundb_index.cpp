@@ -17,9 +17,14 @@ void OpSetNdx(Operands& o) {
   if (!DbChk()) return;
   int slot = 0;
   for (const std::string& name : o.list()) {
-    if (dbSetIndex(selectedArea, slot++, name) == 0) continue;
-    SetErr("INDEX FILE CANNOT BE OPENED", "");
-    return;
+    const int result = dbSetIndex(selectedArea, slot, name);
+    if (result == ndxInUse)
+      FileErr(result, FnExt(name, ".ndx"));
+    else if (result != 0)
+      SetErr("INDEX FILE CANNOT BE OPENED", "");
+    if (result != 0) return;
+    if (dbOutOfStep(selectedArea, slot++))
+      SetErr("REINDEX IS NEEDED", dbNdxFn(selectedArea, slot - 1));
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include "run/handlers.h"
 #include "run/run_nest.h"
+#include "run/rundb.h"
 #include "screen/moxbrowse.h"
 #include "screen/moxcreate.h"
 #include "screen/moxed.h"
@@ -53,7 +54,9 @@ void OpClEol(Operands& o) {
   ScrClrEol(row, o.integer());
 }
 
-void OpEdit(Operands&) { MoxEdit(); }
+void OpEdit(Operands&) {
+  if (DbChk() && OnRecord()) MoxEdit();
+}
 
 void OpBrowse(Operands&) { MoxBrowse(); }
 

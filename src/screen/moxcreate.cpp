@@ -47,24 +47,21 @@ bool _askFields(std::vector<FieldDef>& fields) {
   return true;
 }
 
-// Makes the table beside its place and moves it there when it is whole, so that what stood there
-// is lost to no half-made table: null, or what failed. A field without a name leaves its number
-// unfilled.
-const char* _writeTable(const std::string& path, const std::vector<FieldDef>& fields) {
-  const std::string fresh = FileBeside(path);
-  DbfTable t;
-  if (fresh.empty() || dbfCreate(t, fresh) != 0) {
-    FileDelete(fresh);
-    return "CANNOT CREATE FILE";
-  }
+// Fills the table in the making and puts it in its place: 0 or dbfCantWrite. A field without a name
+// leaves its number unfilled.
+int _writeTable(DbfTable& t, const std::vector<FieldDef>& fields) {
   int number = 0;
   for (const FieldDef& f : fields)
     if (++number; !f.name.empty()) dbfFld(t, number, f.name, f.type, f.width, f.decimals);
   const int written = dbfFld(t, 0, "", ' ', 0, 0);
-  const int closed = dbfClose(t);
-  if (written == 0 && closed == 0) return FileReplace(fresh, path) ? nullptr : "CANNOT CREATE FILE";
-  FileDelete(fresh);
-  return "CANNOT WRITE FILE";
+  return written == 0 ? dbfClose(t) : written;
+}
+
+// The end of both: 0, or -1 after the report of what failed.
+int _reported(int result, const std::string& path) {
+  if (result == 0) return 0;
+  FileErr(result, path);
+  return -1;
 }
 
 Lines _gridLines() {
@@ -123,20 +120,14 @@ int _CrFld(const Lines& words, FieldDef& field) {
   return 0;
 }
 
+// Whether the file can be made is seen before anything is asked.
 int MoxCreate(const std::string& filename) {
   const std::string path = FnExt(filename, ".dbf");
-  if (dbInUse(path)) {
-    SetErr("FILE IS IN USE", path);
-    return -1;
-  }
+  DbfTable t;
+  if (const int made = dbfCreate(t, path); made != 0) return _reported(made, path);
   std::vector<FieldDef> fields;
-  if (!_askFields(fields)) {
-    InputEnded();
-    return -1;
-  }
-  const char* const failed = _writeTable(path, fields);
-  if (!failed) return 0;
-  SetErr(failed, path);
+  if (_askFields(fields)) return _reported(_writeTable(t, fields), path);
+  InputEnded();
   return -1;
 }
 
@@ -147,9 +138,9 @@ int _CrDbf(const std::string& filename, const Lines& lines) {
     if (_CrFld(GetWords(line, lineWords + 1), fields.emplace_back()) != 0) fields.back() = {};
   }
   while (!fields.empty() && fields.back().name.empty()) fields.pop_back();
-  const char* const failed = _writeTable(filename, fields);
-  if (failed) SetErr(failed, filename);
-  return failed ? -1 : 0;
+  DbfTable t;
+  const int made = dbfCreate(t, filename);
+  return _reported(made == 0 ? _writeTable(t, fields) : made, filename);
 }
 
 int edScrn(int row, int col, int n, std::string* lines) {

@@ -6,6 +6,7 @@
 #include "screen/scr.h"
 #include "session/error.h"
 #include "session/files.h"
+#include "session/newfile.h"
 
 namespace mox {
 
@@ -172,6 +173,10 @@ int _EdLines(Lines& lines) {
 }
 
 int MoxEd(const std::string& path) {
+  if (FileInUse(FnFind(path))) {
+    FileErr(fileInUse, path);
+    return -1;
+  }
   Lines lines = ReadLines(path).value_or(Lines());
   if (lines.empty()) lines.emplace_back();
   const int key = _EdLines(lines);
@@ -180,7 +185,7 @@ int MoxEd(const std::string& path) {
   if (key == keySave) {
     std::string text;
     for (std::string& line : lines) text += trim(line) + '\n';
-    if (!FileWrite(FnFind(path), text, "w")) {
+    if (FileWriteText(path, text) != 0) {
       SetErr("CANT SAVE FILE", "");
       result = -1;
     }

@@ -119,6 +119,12 @@ int _editFields() {
   return key;
 }
 
+// True when a field of the table waits on the screen and the table is on no record.
+bool _lacksRecord() {
+  const auto isField = [](const Sv& sv) { return dbFno(selectedArea, sv.name) >= 0; };
+  return std::any_of(_get.begin(), _get.end(), isField) && !dbOnRecord(selectedArea);
+}
+
 }  // namespace
 
 std::string _fmt(const std::string& value, char type, int length, int decimals) {
@@ -153,6 +159,10 @@ int AtGet(int row, int col, std::string_view name, std::string_view picture) {
 void AtClear() { _get.clear(); }
 
 void MoxRead() {
+  if (_lacksRecord()) {
+    SetErr("NO RECORD", "");
+    return AtClear();
+  }
   if (_editFields() != keyAbandon) {
     dbRepl0(selectedArea);
     for (const Sv& sv : _get) svPut(sv);

@@ -1,7 +1,9 @@
 #include "session/files.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <vector>
 
 #include "host/host.h"
 #include "host/path.h"
@@ -13,7 +15,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int _endMark = 0x1A;
-constexpr int _maxSpare = 100;  // names tried for a file that is to replace another
 
 constexpr int _fpSlots = 10;
 constexpr int _fpFirst = 2;  // the first slot for files
@@ -25,13 +26,7 @@ FpSlot k7_fp[_fpSlots];
 
 bool _isOpen(int slot) { return slot >= 0 && slot < _fpSlots && k7_fp[slot].stream; }
 
-// The file to which the path leads, or the path when there is none yet.
-fs::path _behindLinks(const std::string& path) {
-  std::error_code ec;
-  const fs::path named = PathOf(path);
-  const fs::path file = fs::canonical(named, ec);
-  return ec ? named : file;
-}
+std::vector<const FileUse*> _uses;
 
 }  // namespace
 
@@ -39,8 +34,9 @@ File FileOpen(const std::string& path, const char* mode) {
   const fs::path named = PathOf(path);
   std::error_code ec;
   const fs::file_status status = fs::status(named, ec);
-  // A named pipe might never open.
-  if (named.empty() || fs::is_directory(status) || fs::is_fifo(status)) return nullptr;
+  if (named.empty() || (fs::exists(status) && !fs::is_regular_file(status) &&
+                        (*mode == 'r' || !fs::is_character_file(status))))
+    return nullptr;
   return File(std::fopen(path.c_str(), mode));
 }
 
@@ -90,46 +86,12 @@ bool FileRename(const std::string& from, const std::string& to) {
   return !ec;
 }
 
-std::string FileBeside(const std::string& path) {
-  const fs::path target = _behindLinks(path);
-  std::error_code ec;
-  for (int i = 0; !target.empty() && i < _maxSpare; ++i) {
-    fs::path beside = target;
-    beside += '.' + std::to_string(i);
-    if (!fs::exists(fs::symlink_status(beside, ec))) return TextOf(beside);
-  }
-  return {};
-}
+FileUse::FileUse(std::string p) : path(std::move(p)) { _uses.push_back(this); }
+FileUse::~FileUse() { std::erase(_uses, this); }
 
-bool FileReplace(const std::string& beside, const std::string& path) {
-  const fs::path made = PathOf(beside), target = _behindLinks(path);
-  std::error_code ec;
-  bool sound = true;
-  if (fs::exists(target, ec)) {
-    sound = FileOpen(path, "r+b") != nullptr;  // what may not be written isn't replaced either
-    if (sound) fs::permissions(made, fs::status(target, ec).permissions(), ec);
-  }
-  if (sound) fs::rename(made, target, ec);
-  if (sound && !ec) return true;
-  fs::remove(made, ec);
-  return false;
-}
-
-bool FileWrite(const std::string& path, std::string_view bytes, const char* mode) {
-  const std::string beside = FileBeside(path);
-  File f = FileOpen(beside, mode);
-  if (!f) return false;
-  bool written = std::fwrite(bytes.data(), 1, bytes.size(), f.get()) == bytes.size();
-  written = std::fclose(f.release()) == 0 && written;
-  if (written) return FileReplace(beside, path);
-  FileDelete(beside);
-  return false;
-}
-
-void FileDrop(const std::string& path) {
-  std::error_code ec;
-  const fs::path file = fs::canonical(PathOf(path), ec);  // the file itself when the path is a link
-  if (!ec && fs::is_regular_file(file, ec)) fs::remove(file, ec);
+bool FileInUse(const std::string& path) {
+  return std::any_of(_uses.begin(), _uses.end(),
+                     [&](const FileUse* use) { return SameFile(use->path, path); });
 }
 
 bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {

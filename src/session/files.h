@@ -18,7 +18,8 @@ struct FileCloser {
 // A stream that closes with its owner.
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Opens the path as it stands; null when it can't be opened or is a directory or a named pipe.
+// Opens a stream by the path as it stands: to read, a plain file, which has an end; to append, also
+// a device. Null when it can't be opened.
 File FileOpen(const std::string& path, const char* mode);
 
 // The name of an existing file: the path as it stands if such a file is there, else the one file
@@ -33,17 +34,16 @@ bool FileExists(const std::string& path);  // of any kind
 bool FileDelete(const std::string& path);
 // Renames a file, not a directory, to a name that no other file has: false when it can't.
 bool FileRename(const std::string& from, const std::string& to);
-// Makes the file hold these bytes. They are written to a file beside it first, so that a full disk
-// leaves what was there: false then, and whenever it can't be done. The mode "w" makes the line
-// ends those of the host.
-bool FileWrite(const std::string& path, std::string_view bytes, const char* mode = "wb");
-// The two halves of that: a name that no file has beside the one to which the path leads, through
-// links too, or an empty text; and the move of a complete file from there to its place, with the
-// permissions that the replaced one had. FileReplace removes the new file when it can't: false.
-std::string FileBeside(const std::string& path);
-bool FileReplace(const std::string& beside, const std::string& path);
-// Removes a file that couldn't be written to its end. A device stays.
-void FileDrop(const std::string& path);
+// The files that are open as tables and indexes, each for the lifetime of an object.
+class FileUse {
+ public:
+  explicit FileUse(std::string path);
+  ~FileUse();
+  FileUse(const FileUse&) = delete;
+  FileUse& operator=(const FileUse&) = delete;
+  const std::string path;
+};
+bool FileInUse(const std::string& path);  // of this session, however the path is spelt
 
 // The most bytes that one read of a text line gives, its line end included.
 constexpr size_t maxLine = 131;

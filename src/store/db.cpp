@@ -2,6 +2,7 @@
 
 #include "session/error.h"
 #include "store/db_area.h"
+#include "store/ndx_page.h"
 
 namespace mox {
 
@@ -34,7 +35,6 @@ bool _hasPrefix(std::string_view name) { return name.size() >= 3 && name[1] == '
 DbArea& dbAreaOf(int area) { return db[area == selectedArea ? _area : area]; }
 
 int dbWritten(DbfTable& t, int result) {
-  if (result == 0) result = dbfFlush(t);
   if (result == dbfFull) SetErr("TABLE IS FULL", t.name);
   if (result == dbfCantWrite) SetErr("CANNOT WRITE FILE", t.name);
   return result;
@@ -64,6 +64,8 @@ bool DbChk() {
   return false;
 }
 
+void dbRest() { ndxRest(); }
+
 void dbInit() {
   for (DbArea& a : db) a = DbArea{};
   _area = 0;
@@ -76,7 +78,7 @@ void dbReset() {
 
 int dbOpen(int area, std::string_view filename) {
   dbClrIndex(area);
-  return dbfOpen(_table(area), filename);
+  return dbfOpen(_table(area), filename, true);
 }
 
 int dbClose(int area) {
@@ -86,7 +88,9 @@ int dbClose(int area) {
 
 int dbCloseDbf(int area) { return dbfClose(_table(area)); }
 
-int dbReopenDbf(int area, const std::string& filename) { return dbfOpen(_table(area), filename); }
+int dbReopenDbf(int area, const std::string& filename) {
+  return dbfOpen(_table(area), filename, true);
+}
 
 int dbSelect(int area) {
   if (_inRange(area)) _area = area;
@@ -95,15 +99,6 @@ int dbSelect(int area) {
 
 int dbSelected() { return _area; }
 
-bool dbInUse(const std::string& filename) {
-  for (const DbArea& a : db) {
-    if (dbfOPEN(a.table) && SameFile(a.table.name, filename)) return true;
-    for (const NdxFile& x : a.index)
-      if (x.file && SameFile(x.file->name, filename)) return true;
-  }
-  return false;
-}
-
 std::string dbFn(int area) { return dbOPEN(area) ? _table(area).name : std::string(); }
 const std::string& dbFILENAME(int area) { return _table(area).name; }
 bool dbOPEN(int area) { return dbfOPEN(_table(area)); }
@@ -111,6 +106,7 @@ int dbCOLS(int area) { return dbfCOLS(_table(area)); }
 int dbRECNO(int area) { return dbfRECNO(_table(area)); }
 bool dbEOF(int area) { return dbfEOF(_table(area)); }
 bool dbDELETED(int area) { return dbfDELETED(_table(area)); }
+bool dbOnRecord(int area) { return dbfOnRecord(_table(area)); }
 int dbRMAX(int area) { return dbfROWS(_table(area)); }
 int dbFno(int area, std::string_view name) { return fldno(_table(area), name); }
 const std::string& dbName(int area, int field) { return _table(area).names[field]; }
@@ -122,8 +118,9 @@ int dbDispStruc(int area) { return dbfDispStruc(_table(area)); }
 int dbFileInfo(const std::string& filename, int& records, std::string& date) {
   DbfTable t;
   if (dbfOpen(t, filename) != 0) return -1;
-  records = t.rmax;
-  date = StrFmt("%02d/%02d/%02d", t.date[0], t.date[1], t.date[2]);
+  records = dbfROWS(t);
+  const auto [day, month, year] = t.file->date;
+  date = StrFmt("%02d/%02d/%02d", day, month, year);
   dbfClose(t);
   return 0;
 }
@@ -140,7 +137,7 @@ std::optional<std::string> GetDb(std::string_view name) {
     }
     name = af2f(name);
   }
-  const DbfTable& t = db[area].table;
+  DbfTable& t = db[area].table;
   const int field = fldno(t, name);
   if (field < 0) return std::nullopt;
   std::string text = fldget(t, field);
@@ -160,13 +157,9 @@ int dbSetVal(int area, int field, std::string_view value) {
   return fldput(_table(area), field, qs2s(value));
 }
 
-const std::string& dbRow(int area) { return _table(area).row; }
+const std::string& dbRow(int area) { return dbfRow(_table(area)); }
 
-void dbSetRow(int area, const std::string& row) {
-  DbfTable& t = _table(area);
-  t.row = row;
-  t.row.resize(t.rowsize, ' ');
-}
+void dbSetRow(int area, const std::string& row) { dbfSetRow(_table(area), row); }
 
 int dbTop(int area) {
   NdxFile* const x = _master(area);
@@ -182,6 +175,7 @@ int dbSkip(int area, int distance) {
   DbfTable& t = _table(area);
   NdxFile* const x = _master(area);
   if (!x) return dbfSkip(t, distance);
+  if (ndxAstray(*x)) dbMasterTo(dbAreaOf(area), t.recno);
   int rno = 1;
   for (; distance > 0 && rno > 0; --distance) rno = ndxFwd(*x);
   for (; distance < 0 && rno > 0; ++distance) rno = ndxBak(*x);
@@ -196,8 +190,8 @@ int dbSkip(int area, int distance) {
 int dbSkipTo(int area, int recno) {
   constexpr int stay = -2;
   DbfTable& t = _table(area);
-  if (t.rmax == 0) {
-    t.recno = 0;
+  if (dbfROWS(t) == 0) {
+    dbfOnNone(t);
     t.eof = true;
     return 0;
   }
@@ -206,11 +200,7 @@ int dbSkipTo(int area, int recno) {
   if (x && recno == -1) recno = _target(*x, ndxBottom(*x));
   dbfSkipTo(t, recno);
   if (!x) return 0;
-  int found = 0;
-  if (recno != stay) {
-    const std::string key = dbKeyText(*x);
-    found = ndxFindRno(*x, recno, key);
-  }
+  const int found = recno == stay ? 0 : dbMasterTo(dbAreaOf(area), recno);
   if (dbNdxDamaged(*x)) t.eof = true;
   return found == 0 ? 0 : -1;
 }
@@ -223,7 +213,7 @@ int dbFind(int area, int length, std::string_view text) {
   if (rno > 0)
     dbfSkipTo(t, rno);
   else
-    t.recno = 0;
+    dbfOnNone(t);
   dbNdxDamaged(*x);
   return rno;
 }
@@ -249,7 +239,7 @@ int dbRecall(int area) {
 }
 
 void dbDelToggle(int area) {
-  char& mark = _table(area).row[0];
+  char& mark = dbfRow(_table(area))[0];
   mark = mark == '*' ? ' ' : '*';
 }
 

@@ -46,8 +46,9 @@ int dbCloseDbf(int area);
 int dbReopenDbf(int area, const std::string& filename);
 int dbSelect(int area);  // selects 0 to 3 and returns the selected area in any case
 int dbSelected();
-// True when an area holds this file as its table or as an index, however the path is spelt.
-bool dbInUse(const std::string& filename);
+// The program is about to wait for a person or another program, or to end: what was noted of
+// changes under way is settled.
+void dbRest();
 
 std::string dbFn(int area);               // file name; empty when the area is closed
 const std::string& dbFILENAME(int area);  // the same, with no test
@@ -56,6 +57,7 @@ int dbCOLS(int area);
 int dbRECNO(int area);
 bool dbEOF(int area);
 bool dbDELETED(int area);
+bool dbOnRecord(int area);  // it stands on a record that the file has
 int dbRMAX(int area);
 int dbFno(int area, std::string_view name);  // field index, or -1
 // By field index, with no test of it.
@@ -64,6 +66,7 @@ char dbTyp(int area, int field);
 int dbLen(int area, int field);
 int dbDec(int area, int field);
 int dbDispStruc(int area);
+Lines dbFields(int area);  // names of all fields, in order
 // Record count and date ("dd/mm/yy") of a table file: 0, or -1 when it can't be opened.
 int dbFileInfo(const std::string& filename, int& records, std::string& date);
 
@@ -78,9 +81,11 @@ const std::string& dbRow(int area);
 void dbSetRow(int area, const std::string& row);
 
 // Indexes, by slot 0 to 6. dbSetIndex closes what the slot has and gives the result of ndxOpen, or
-// -99 for another slot; the master's cursor is then on nothing.
+// -99 for another slot; the master's cursor is then on nothing. dbOutOfStep: a program that was
+// killed may have left the index of the slot out of step with the table.
 void dbClrIndex(int area);
 int dbSetIndex(int area, int slot, std::string_view filename);
+bool dbOutOfStep(int area, int slot);
 int dbNdxs(int area);  // slots in use
 bool dbINDEXED(int area);
 std::string dbNdxFn(int area, int slot);  // file name and key expression; empty when out of range
@@ -97,15 +102,27 @@ int dbSkipTo(int area, int recno);
 // recno becomes 0 and all else stays; -1 also without an index.
 int dbFind(int area, int length, std::string_view text);
 
-// Changes. A record is changed by dbRepl0, which keeps its image, dbSetVal or dbSetRow, which
-// change the buffer, and dbReplace, which writes it and moves its keys: out of every index and in
-// again, also when they are the same. Nothing else touches an index: a new record enters them with
-// its first dbReplace, and a deleted one stays in them. Each hands what it wrote to the operating
-// system before it returns, and reports a refused write and a full table or index as errors. A
-// dbReplace that fails leaves the record and its keys as they were.
+// Changes. A record is changed by dbRepl0, which begins, dbSetVal or dbSetRow, which change the
+// buffer, and dbReplace, which writes it and moves its keys, in every index that any area has open
+// for this table: out of each and in again, also when they are the same. dbRevert, at the end of a
+// statement that didn't come so far, brings back what is stored. Nothing else touches an index: a
+// new record enters them with its first dbReplace, and a deleted one stays in them.
+//
+// All keys are made before anything is written, the old one of what the file holds. A change whose
+// keys can't be made, or that a file or an index refuses, leaves record, buffer and indexes as they
+// were: -1 after a report. Of a record that has no item in an index the old key isn't needed.
+//
+// dbReplaceNew ends the change of a record that was just added: where its key can't be made it has
+// no item, and the report is left for the end of the statement (dbNoKey); any other failure is one.
+//
+// Each hands what it wrote to the operating system before it returns, and reports a refused write
+// and a full table or index as errors.
+enum DbResult { dbNoKey = 1 };
 int dbAppend(int area);
 void dbRepl0(int area);
+void dbRevert();  // in all areas
 int dbReplace(int area);
+int dbReplaceNew(int area);
 int dbRemove(int area);
 int dbDelete(int area);
 int dbRecall(int area);
@@ -113,20 +130,20 @@ void dbDelToggle(int area);  // turns the deletion mark over, in the buffer only
 int dbPack(int area);        // the caller then calls dbReindex
 
 // Builds an index file over the selected area's records in their order and closes it. It takes the
-// place of an existing file when it is complete; a slot of any area that has this file open then
-// has the new one. 0, or -1 after a report: the existing file is as it was. With talk it prints
-// its progress. The table ends at eof.
+// place of an existing file when it is complete; areas that have this file open for the same table
+// then have the new one. 0, or -1 after a report: the existing file is as it was. With talk it
+// prints its progress. The table ends at eof.
 int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk);
 // Rebuilds the indexes of the selected area from their key expressions: 0, or -1 after a report.
 int dbReindex(bool talk);
 
 // Whole tables. An empty list means all fields of the area.
 //
-// dbCopyStruc makes an empty table with the named fields: 0; -1 a name isn't a field (the file has
-// the fields before it); dbfCantCreate; dbfCantWrite (no file is left).
-int dbCopyStruc(int area, const Lines& fields, const std::string& filename);
-// The same with the live records, in order; the area goes back to its record. 0; -1 the structure
-// can't be made; dbfCantWrite (no file is left).
+// dbCopyStruc begins a table with the named fields and leaves it open: 0; -1 a name isn't a field
+// (the table has the fields before it); else a result of dbfCreate, and no table.
+int dbCopyStruc(int area, const Lines& fields, const std::string& filename, DbfTable& t);
+// Makes the same with the live records, in order; the area goes back to its record. 0; -1 the
+// structure can't be made; dbfCantWrite (what stood there is as it was).
 int dbCopyData(int area, const Lines& fields, const std::string& filename);
 
 }  // namespace mox

@@ -13,18 +13,21 @@ struct DbArea {
   DbfTable table;
   int ndxs = 0;  // index slots in use; those behind may be open while a rebuild runs
   std::array<NdxFile, maxIndexes> index;  // the first is the master
-  std::string row0;                       // image of the record before the change that is under way
 };
 
 extern DbArea db[maxAreas];
 DbArea& dbAreaOf(int area);  // selectedArea included
 
-// Hands what an operation wrote to the operating system and reports what went wrong.
+// Reports what went wrong with a table.
 int dbWritten(DbfTable& t, int result);
 
 // What of an index the last operations met, as an error: true when its file is damaged.
 bool dbNdxDamaged(NdxFile& x);
-// The key text of the area's record in its buffer. Runs the key expression.
-std::string dbKeyText(NdxFile& x);
+// The key text of the area's record in its buffer: 0, or -1 with the key expression's error, unless
+// there was one before.
+int dbKeyText(NdxFile& x, std::string& key);
+// Puts the cursor of the area's master index on the area's record: the result of ndxFindRno, or 2
+// when the record has no key.
+int dbMasterTo(DbArea& a, int recno);
 
 }  // namespace mox

@@ -9,6 +9,7 @@
 #include "session/value.h"
 #include "store/db.h"
 #include "store/db_area.h"
+#include "store/ndx_page.h"
 
 namespace mox {
 
@@ -30,17 +31,21 @@ std::string _keyOf(std::string_view value) {
   return GetTyp(value).type == 'L' ? std::string() : qs2s(value);
 }
 
-// Runs a key expression on the current record: 0 with its value, or -1.
+// Runs a key expression on the current record: 0 with its value, or -1. The run has the error slot
+// for itself: what it reports comes behind an error that was there before.
 int _runKey(const Key& key, std::string& value) {
-  const int result = key.run(value);
+  const FirstErr first;
+  if (key.run(value) != 0 || errnum != errNone) {
+    if (errnum == errNone) SynErr("");
+    return -1;
+  }
   if (value.size() > maxKeyValue) value.resize(maxKeyValue);
-  return result;
+  return 0;
 }
 
-// Reports why a change of an index failed, in place of any error of a key expression.
+// Reports why a change of an index failed.
 int _indexFailed(NdxFile& x, int result) {
   NdxPages& f = *x.file;
-  errnum = errNone;
   if (result == ndxCantWrite)
     SetErr("CANNOT WRITE FILE", f.name);
   else if (f.full)
@@ -51,49 +56,155 @@ int _indexFailed(NdxFile& x, int result) {
   return -1;
 }
 
-// True when an earlier slot of the area has the same file: one of them keeps it in step.
-bool _repeated(const DbArea& a, int slot) {
-  for (int i = 0; i < slot; ++i)
-    if (a.index[i].file == a.index[slot].file) return true;
-  return false;
+// --- Changes of records.
+
+// An index that a change concerns, with the record's keys in it.
+struct KeyMove {
+  NdxFile* x;
+  std::string before, after;
+  bool out = true, in = true;  // has an item to take out; gets one
+};
+
+// The areas that have the table open.
+template <class Action>
+void _eachUser(const DbfTable& t, Action action) {
+  for (DbArea& a : db)
+    if (a.table.file == t.file) action(a);
 }
 
-// Runs an operation on every index of the area once: 0, or -1 after a report.
+// Every index that an area has open for the table, each file once.
+std::vector<KeyMove> _indexesOf(const DbfTable& t) {
+  std::vector<KeyMove> moves;
+  _eachUser(t, [&](DbArea& a) {
+    for (int slot = 0; slot < a.ndxs; ++slot) {
+      NdxFile& x = a.index[slot];
+      const auto same = [&](const KeyMove& m) { return m.x->file == x.file; };
+      if (x.file && std::none_of(moves.begin(), moves.end(), same)) moves.push_back({&x, {}, {}});
+    }
+  });
+  return moves;
+}
+
+// Runs an operation on the index of each move: 0, or -1 after a report.
 template <class Op>
-int _eachIndex(DbArea& a, Op op) {
-  for (int slot = 0; slot < a.ndxs; ++slot) {
-    NdxFile& x = a.index[slot];
-    if (!x.file || _repeated(a, slot)) continue;
-    const int result = op(x);
-    if (result != 0) return _indexFailed(x, result);
-  }
+int _eachIndex(std::vector<KeyMove>& moves, Op op) {
+  for (KeyMove& m : moves)
+    if (const int result = op(m); result != 0) return _indexFailed(*m.x, result);
   return 0;
 }
 
-// Moves the keys of the record whose image before the change is row0, first in memory. All new
-// pages are written before any page that the files have, so that a full disk changes no file.
-int _moveKeys(DbArea& a, std::string& row0) {
-  DbfTable& t = a.table;
-  std::swap(t.row, row0);
-  _eachIndex(a, [&](NdxFile& x) {
-    ndxDel(x, t.recno, dbKeyText(x));
-    return 0;
-  });
-  std::swap(t.row, row0);
-  int result = _eachIndex(a, [&](NdxFile& x) { return ndxAdd(x, t.recno, dbKeyText(x)); });
-  if (result == 0) result = _eachIndex(a, ndxReserve);
-  if (result == 0) result = _eachIndex(a, ndxFlush);
-  if (result != 0) _eachIndex(a, [](NdxFile& x) { return ndxDrop(x), 0; });
-  return result;
+// Shows a record's image to the key expressions: in each area that has the table open it stands in
+// the place of the area's own record.
+class ShownRow {
+ public:
+  ShownRow(const DbfTable& t, const std::string& row) {
+    _eachUser(t, [&](DbArea& a) {
+      DbfTable& user = a.table;
+      kept_.push_back({&user, std::exchange(user.row, row), std::exchange(user.stale, false),
+                       std::exchange(user.changing, true)});
+    });
+  }
+  ~ShownRow() {
+    for (Kept& k : kept_) {
+      k.user->row = std::move(k.row);
+      k.user->stale = k.stale;
+      k.user->changing = k.changing;
+    }
+  }
+  ShownRow(const ShownRow&) = delete;
+  ShownRow& operator=(const ShownRow&) = delete;
+
+ private:
+  struct Kept {
+    DbfTable* user;
+    std::string row;
+    bool stale, changing;
+  };
+  std::vector<Kept> kept_;
+};
+
+// The key of the stored record, of which none is needed when the record has no item.
+bool _keyBefore(KeyMove& m, const DbfTable& t, const std::string& row) {
+  const FirstErr first;
+  const ShownRow shown(t, row);
+  if (dbKeyText(*m.x, m.before) == 0) return true;
+  if (ndxHasRno(*m.x, t.recno)) return false;
+  m.out = false;
+  TakeErr();
+  return true;
 }
+
+// Makes the keys of the stored record and of the new one: false when one that is needed can't be
+// made. A record that was just added has none yet, and goes without one that can't be made.
+bool _makeKeys(DbfTable& t, std::vector<KeyMove>& moves, bool isNew) {
+  const std::string before = dbfStored(t), after = t.row;
+  for (KeyMove& m : moves) {
+    m.out = !isNew;
+    if (m.out && !_keyBefore(m, t, before)) return false;
+    const ShownRow shown(t, after);
+    m.in = dbKeyText(*m.x, m.after) == 0;
+    if (!m.in && !isNew) return false;
+  }
+  return true;
+}
+
+// Writes record and indexes, each index first in memory. All new pages go out before anything that
+// the files have is written over, so that a full disk changes no file; what is refused behind that
+// is taken back.
+int _moveRecord(DbArea& a, std::vector<KeyMove>& moves) {
+  DbfTable& t = a.table;
+  const auto take = [&](KeyMove& m) {
+    if (m.out) ndxDel(*m.x, t.recno, m.before);
+    return m.in ? ndxAdd(*m.x, t.recno, m.after) : 0;
+  };
+  const std::string before = dbfStored(t);
+  int result = _eachIndex(moves, take);
+  if (result == 0) result = _eachIndex(moves, [](KeyMove& m) { return ndxReserve(*m.x); });
+  bool replaced = false;
+  if (result == 0) {
+    result = dbfReplace(t);
+    replaced = result == 0;
+    if (result == dbfCantWrite) dbWritten(t, result);
+  }
+  if (result == 0) result = _eachIndex(moves, [](KeyMove& m) { return ndxFlush(*m.x); });
+  if (result == 0) {
+    for (KeyMove& m : moves) ndxSettle(*m.x);
+    return 0;
+  }
+  for (KeyMove& m : moves) ndxUndo(*m.x);
+  if (replaced) {
+    dbfSetRow(t, before);
+    dbfReplace(t);
+  }
+  return -1;
+}
+
+int _replace(int area, bool isNew) {
+  if (!dbOPEN(area) || !dbfOnRecord(dbAreaOf(area).table)) return 0;
+  DbArea& a = dbAreaOf(area);
+  std::vector<KeyMove> moves = _indexesOf(a.table);
+  dbfRow(a.table);
+  if (moves.empty()) {
+    const int written = dbfReplace(a.table);
+    if (written != 0) dbfRevert(a.table);
+    return dbWritten(a.table, written);
+  }
+  const bool moved = _makeKeys(a.table, moves, isNew) && _moveRecord(a, moves) == 0;
+  if (!moved) dbfRevert(a.table);
+  dbMasterTo(a, a.table.recno);
+  const auto lacks = [](const KeyMove& m) { return !m.in; };
+  return !moved ? -1 : std::any_of(moves.begin(), moves.end(), lacks) ? dbNoKey : 0;
+}
+
+// --- Building.
 
 // What INDEX ON needs of the first record's value. False after a report.
 bool _keyShape(const std::string& expr, Typ& typ) {
   const Key key = g_makeKey(expr);
   std::string value;
-  if (key.compile() != 0 || _runKey(key, value) != 0) SynErr(expr);
+  if (key.compile() != 0 || key.run(value) != 0) SynErr(expr);
   if (errnum != errNone) return false;
-  typ = GetTyp(value);
+  typ = GetTyp(value.substr(0, maxKeyValue));
   if (typ.type != 'C' && typ.type != 'N')
     SetErr("INDEX KEY IS NEITHER CHARACTER NOR NUMERIC", expr);
   else if (typ.type == 'C' && (typ.length < 1 || typ.length > maxKeyLen))
@@ -110,12 +221,11 @@ int _addRecords(NdxFile& x, bool talk) {
   int count = 0;
   std::string value;
   for (; !dbEOF(selectedArea); dbSkip(selectedArea, 1)) {
-    if (x.file->key.compile() != 0) continue;
-    const int result = _runKey(x.file->key, value);
+    const ErrorSlot slot = TakeErr();
+    const bool made = x.file->key.compile() == 0 && _runKey(x.file->key, value) == 0;
     if (errnum == errTold) return -1;
-    const bool failed = result != 0 || errnum != errNone;
-    errnum = errNone;
-    if (failed) continue;
+    PutErr(slot);
+    if (!made) continue;
     const int added = ndxAdd(x, dbRECNO(selectedArea), _keyOf(value));
     if (added != 0) return _indexFailed(x, added);
     if (++count % progressStep == 0 && talk) _sayIndexed(count);
@@ -124,38 +234,37 @@ int _addRecords(NdxFile& x, bool talk) {
   return errnum == errNone ? 0 : -1;
 }
 
-// A file in the making: it goes away unless it took its place.
-struct NewFile {
-  std::string name;
-  ~NewFile() { FileDelete(name); }
-};
-
-// True when INDEX ON may put a file in the place of what stands there: no folder, no table in use,
-// nothing that can't be written.
-bool _mayReplace(const std::string& name) {
-  for (const DbArea& a : db)
-    if (dbfOPEN(a.table) && SameFile(a.table.name, name)) return false;
-  return FileOpen(name, "r+b") || !FileExists(name);
-}
-
-// Puts the new file in the place of the target and opens it where the target was open.
-int _takePlace(const NewFile& made, const std::string& target) {
-  std::vector<std::pair<NdxFile*, std::string>> users;
-  for (DbArea& a : db)
-    for (NdxFile& x : a.index)
-      if (x.file && SameFile(x.file->name, target)) users.emplace_back(&x, x.file->name);
-  for (const auto& [x, name] : users) ndxClose(*x);
-  const bool replaced = FileReplace(made.name, target);
-  bool open = true;
-  for (const auto& [x, name] : users) open &= ndxOpen(*x, name) == 0;
-  if (!replaced) SetErr("INDEX FILE CANNOT BE CREATED", target);
-  if (!open) SetErr("INDEX FILE CANNOT BE OPENED", target);
-  return replaced && open ? 0 : -1;
-}
-
-int _cantCreate(const std::string& name) {
-  SetErr("INDEX FILE CANNOT BE CREATED", name);
+int _cantCreate(int result, const std::string& name) {
+  if (result == fileInUse)
+    SetErr("FILE IS IN USE", name);
+  else
+    SetErr("INDEX FILE CANNOT BE CREATED", name);
   return -1;
+}
+
+// True when another area's table uses the index, or the file is a table in use.
+bool _servesOthers(const std::string& name) {
+  const std::shared_ptr<NdxPages> open = ndxFindOpen(name);
+  if (!open) return FileInUse(name);
+  const DbfTable& mine = dbAreaOf(selectedArea).table;
+  return std::any_of(std::begin(db), std::end(db), [&](const DbArea& a) {
+    return a.table.file != mine.file &&
+           std::any_of(a.index.begin(), a.index.end(),
+                       [&](const NdxFile& x) { return x.file == open; });
+  });
+}
+
+// Builds the index in the new file and puts it in its place.
+int _build(NewFile& made, const std::string& expr, const Typ& typ, bool talk) {
+  NdxFile x;
+  if (const int result = ndxMake(x, made, expr, typ.type, typ.length); result != 0)
+    return _cantCreate(result, made.path);
+  if (_addRecords(x, talk) != 0) return -1;
+  if (const int result = ndxFlush(x); result != 0) return _indexFailed(x, result);
+  x = NdxFile{};
+  const std::shared_ptr<NdxPages> open = ndxFindOpen(made.path);
+  const int result = open ? ndxTakeOver(*open, made) : NewFileDone(made);
+  return result == 0 ? 0 : _cantCreate(result, made.path);
 }
 
 }  // namespace
@@ -167,11 +276,19 @@ bool dbNdxDamaged(NdxFile& x) {
   return true;
 }
 
-std::string dbKeyText(NdxFile& x) {
-  if (!x.file) return {};
+int dbKeyText(NdxFile& x, std::string& key) {
+  key.clear();
   std::string value;
-  _runKey(x.file->key, value);
-  return _keyOf(value);
+  if (!x.file || _runKey(x.file->key, value) != 0) return -1;
+  key = _keyOf(value);
+  return 0;
+}
+
+int dbMasterTo(DbArea& a, int recno) {
+  if (a.ndxs == 0 || !a.index[0].file) return 2;
+  std::string key;
+  const int made = dbKeyText(a.index[0], key);
+  return made == 0 ? ndxFindRno(a.index[0], recno, key) : 2;
 }
 
 void dbClrIndex(int area) {
@@ -183,9 +300,13 @@ void dbClrIndex(int area) {
 int dbSetIndex(int area, int slot, std::string_view filename) {
   if (!_slotInRange(slot)) return ndxBadKey;
   DbArea& a = dbAreaOf(area);
-  const int result = ndxOpen(a.index[slot], filename);
+  const int result = ndxOpen(a.index[slot], filename, true);
   if (result == 0) a.ndxs = std::max(a.ndxs, slot + 1);
   return result;
+}
+
+bool dbOutOfStep(int area, int slot) {
+  return _hasSlot(area, slot) && ndxOutOfStep(dbAreaOf(area).index[slot]);
 }
 
 int dbNdxs(int area) { return _hasSlot(area, 0) ? dbAreaOf(area).ndxs : 0; }
@@ -200,45 +321,27 @@ std::string dbNdxExpr(int area, int slot) {
 }
 
 void dbRepl0(int area) {
-  DbArea& a = dbAreaOf(area);
-  if (dbOPEN(area)) a.row0 = a.table.row;
+  if (dbOPEN(area)) dbfChange(dbAreaOf(area).table);
 }
 
-int dbReplace(int area) {
-  if (!dbOPEN(area)) return 0;
-  DbArea& a = dbAreaOf(area);
-  DbfTable& t = a.table;
-  std::string row0 = std::exchange(a.row0, {});
-  row0.resize(t.row.size(), ' ');
-  const int written = dbfReplace(t);
-  if (written != 0) return written == dbfCantWrite ? dbWritten(t, written) : 0;
-  if (a.ndxs == 0) return dbWritten(t, 0);
-  if (_moveKeys(a, row0) != 0) {
-    t.row = row0;
-    dbfReplace(t);
-    dbfFlush(t);
-    return -1;
-  }
-  const std::string key = dbKeyText(a.index[0]);
-  ndxFindRno(a.index[0], t.recno, key);
-  return dbWritten(t, 0);
+void dbRevert() {
+  for (DbArea& a : db) dbfRevert(a.table);
 }
+
+int dbReplace(int area) { return _replace(area, false); }
+int dbReplaceNew(int area) { return _replace(area, true); }
 
 int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk) {
-  const std::string name = FnExt(filename, ".ndx");
+  const std::string name = FnFind(FnExt(filename, ".ndx"));
   dbTop(selectedArea);
   if (errnum != errNone) return -1;  // the order to go by is damaged
   Typ typ;
   if (!_keyShape(std::string(expr), typ)) return -1;
-  const NewFile made{_mayReplace(name) ? FileBeside(name) : std::string()};
-  NdxFile x;
-  if (made.name.empty() || ndxCreate(x, made.name, expr, typ.type, typ.length) != 0)
-    return _cantCreate(name);
-  if (_addRecords(x, talk) != 0) return -1;
-  const int result = ndxFlush(x);
-  if (result != 0) return _indexFailed(x, result);
-  ndxClose(x);
-  return _takePlace(made, name);
+  if (_servesOthers(name)) return _cantCreate(fileInUse, name);
+  NewFile made;
+  if (const int result = NewFileOpen(made, name, ndxFindOpen(name) != nullptr); result != 0)
+    return _cantCreate(result, name);
+  return _build(made, std::string(expr), typ, talk);
 }
 
 int dbReindex(bool talk) {

@@ -6,12 +6,6 @@ namespace mox {
 
 namespace {
 
-Lines _names(int area) {
-  Lines names;
-  for (int i = 0; i < dbCOLS(area); ++i) names.push_back(dbName(area, i));
-  return names;
-}
-
 // Copies the live records in order, by field name, until one can't be written.
 int _copyRecords(int area, DbfTable& target) {
   int result = 0;
@@ -27,36 +21,36 @@ int _copyRecords(int area, DbfTable& target) {
 
 }  // namespace
 
-int dbCopyStruc(int area, const Lines& fields, const std::string& filename) {
-  DbfTable t;
+Lines dbFields(int area) {
+  Lines names;
+  for (int i = 0; i < dbCOLS(area); ++i) names.push_back(dbName(area, i));
+  return names;
+}
+
+int dbCopyStruc(int area, const Lines& fields, const std::string& filename, DbfTable& t) {
   if (const int made = dbfCreate(t, filename); made != 0) return made;
   int result = 0;
   int number = 0;
-  for (const std::string& name : fields.empty() ? _names(area) : fields) {
+  for (const std::string& name : fields.empty() ? dbFields(area) : fields) {
     const int i = dbFno(area, name);
     if (i < 0) result = -1;
     if (i < 0) break;
     dbfFld(t, ++number, name, dbTyp(area, i), dbLen(area, i), dbDec(area, i));
   }
-  const int defined = dbfFld(t, 0, "", ' ', 0, 0);
-  if (dbfClose(t) == 0 && defined == 0) return result;
-  FileDrop(FnExt(filename, ".dbf"));
+  if (dbfFld(t, 0, "", ' ', 0, 0) == 0) return result;
+  t = DbfTable{};
   return dbfCantWrite;
 }
 
 int dbCopyData(int area, const Lines& fields, const std::string& filename) {
-  const int made = dbCopyStruc(area, fields, filename);
-  if (made != 0) return made == dbfCantWrite ? made : -1;
   DbfTable target;
-  if (dbfOpen(target, filename) != 0) return -1;
-  dbfBuffer(target);
+  const int made = dbCopyStruc(area, fields, filename, target);
+  if (made != 0) return made == dbfCantWrite ? made : -1;
   const int start = dbRECNO(area);
   int result = _copyRecords(area, target);
-  if (const int closed = dbfClose(target); result == 0) result = closed;
+  if (result == 0) result = dbfClose(target);
   dbSkipTo(area, start);
-  if (result == 0) return 0;
-  FileDrop(FnExt(filename, ".dbf"));
-  return dbfCantWrite;
+  return result == 0 ? 0 : dbfCantWrite;
 }
 
 }  // namespace mox

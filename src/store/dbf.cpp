@@ -27,35 +27,57 @@ long _dbfOffset(const DbfTable& t, int recno) {
   return dbfHeaderSize + static_cast<long>(t.rowsize) * (recno - 1);
 }
 
-// Every write comes here. Unless the table is buffered it is flushed at once, so that a refusal is
-// known while the change can still be taken back; the seek of the next access would empty the
-// stream's buffer anyway.
+// The files that are open, but for those in the making.
+std::vector<std::weak_ptr<DbfFile>> _files;
+
+std::shared_ptr<DbfFile> _findOpen(const std::string& name) {
+  std::erase_if(_files, [](const std::weak_ptr<DbfFile>& f) { return f.expired(); });
+  for (const std::weak_ptr<DbfFile>& f : _files)
+    if (std::shared_ptr<DbfFile> file = f.lock(); SameFile(file->use->path, name)) return file;
+  return nullptr;
+}
+
 bool _dbfPut(DbfTable& t, long offset, const void* bytes, size_t n) {
-  if (t.blocks) return blkWrite(*t.blocks, offset, static_cast<const char*>(bytes), n);
-  std::FILE* f = t.fp.get();
-  return std::fseek(f, offset, SEEK_SET) == 0 && std::fwrite(bytes, 1, n, f) == n &&
-         std::fflush(f) == 0;
+  return imgWrite(t.file->image, offset, static_cast<const char*>(bytes), n);
+}
+
+void _dbfChanged(DbfTable& t) {
+  t.file->dirty = true;
+  t.seen = ++t.file->changes;
 }
 
 bool _dbfWrite(DbfTable& t) {
   return _dbfPut(t, _dbfOffset(t, t.recno), t.row.data(), static_cast<size_t>(t.rowsize));
 }
 
-bool _dbfPutEndMark(DbfTable& t) { return _dbfPut(t, _dbfOffset(t, t.rmax + 1), &endMark, 1); }
+bool _dbfPutEndMark(DbfTable& t) {
+  return _dbfPut(t, _dbfOffset(t, t.file->rmax + 1), &endMark, 1);
+}
 
+bool _dbfHas(DbfTable& t, int recno) {
+  return imgHas(t.file->image, _dbfOffset(t, recno), static_cast<size_t>(t.rowsize));
+}
+
+// Reads a record, as far as the file has it: false when it hasn't all of it.
+bool _dbfGet(DbfTable& t, int recno, std::string& row) {
+  return imgRead(t.file->image, _dbfOffset(t, recno), row.data(), static_cast<size_t>(t.rowsize));
+}
+
+// The record is read when somebody looks at it. Of one that the file hasn't, row keeps what it
+// held.
 void _dbfRead(DbfTable& t) {
-  size_t n = static_cast<size_t>(t.rowsize);
-  if (t.blocks)
-    t.eof = !blkRead(*t.blocks, _dbfOffset(t, t.recno), t.row.data(), n);
+  t.changing = false;
+  t.eof = !_dbfHas(t, t.recno);
+  if (t.eof)
+    _dbfGet(t, t.recno, t.row);
   else
-    t.eof = std::fseek(t.fp.get(), _dbfOffset(t, t.recno), SEEK_SET) != 0 ||
-            std::fread(t.row.data(), 1, n, t.fp.get()) != n;
+    t.stale = true;
 }
 
 bool _dbfUpdHdr(DbfTable& t) {
   Header h{};
   put1(&h[atVersion], version);
-  put2(&h[atCount], t.rmax);
+  put2(&h[atCount], t.file->rmax);
   put2(&h[atRowsize], t.rowsize);
   unsigned char* field = &h[atFields];
   for (int i = 0; i < t.cols; i++, field += fieldSize) {
@@ -68,14 +90,11 @@ bool _dbfUpdHdr(DbfTable& t) {
   return _dbfPut(t, 0, h.data(), h.size());
 }
 
-bool _dbfPutCount(DbfTable& t) {
+bool _dbfUpdHdrRmax(DbfTable& t) {
   unsigned char count[2];
-  put2(count, t.rmax);
+  put2(count, t.file->rmax);
   return _dbfPut(t, atCount, count, sizeof count);
 }
-
-// A buffered table's count is written at the end.
-bool _dbfUpdHdrRmax(DbfTable& t) { return t.blocks || _dbfPutCount(t); }
 
 bool _dbfUpdHdrDate(DbfTable& t) {
   auto [day, month, year] = DateToday();
@@ -96,7 +115,7 @@ void _dbfLayout(DbfTable& t) {
   t.row.assign(static_cast<size_t>(t.rowsize), ' ');
 }
 
-bool _dbfHasField(const DbfTable& t, int field) { return t.fp && field >= 0 && field < t.cols; }
+bool _dbfHasField(const DbfTable& t, int field) { return t.file && field >= 0 && field < t.cols; }
 
 // The text up to a zero byte, at most n bytes of it.
 std::string xtract(std::string_view text, size_t n) {
@@ -106,10 +125,10 @@ std::string xtract(std::string_view text, size_t n) {
 
 int _dbfReadHeader(DbfTable& t) {
   Header h;
-  if (std::fread(h.data(), 1, h.size(), t.fp.get()) != h.size()) return dbfShort;
+  if (!imgRead(t.file->image, 0, reinterpret_cast<char*>(h.data()), h.size())) return dbfShort;
   if (get1(&h[atVersion]) != version) return dbfWrongVersion;
-  t.rmax = get2(&h[atCount]);
-  for (int i = 0; i < 3; i++) t.date[i] = get1(&h[atDate + i]);
+  t.file->rmax = get2(&h[atCount]);
+  for (int i = 0; i < 3; i++) t.file->date[i] = get1(&h[atDate + i]);
   const unsigned char* field = &h[atFields];
   for (; t.cols < maxFields && *field != fieldsEnd; t.cols++, field += fieldSize) {
     t.names[t.cols] = xtract({reinterpret_cast<const char*>(field), fieldSize}, maxFieldName);
@@ -123,7 +142,8 @@ int _dbfReadHeader(DbfTable& t) {
 
 int _dbfMove(DbfTable& t, long long target) {
   t.eof = true;
-  if (target < 1 || target > t.rmax) return dbfOutside;
+  if (target < 1 || target > t.file->rmax) return dbfOutside;
+  if (!_dbfHas(t, static_cast<int>(target))) dbfRow(t);  // which row then keeps
   t.recno = static_cast<int>(target);
   _dbfRead(t);
   return 0;
@@ -131,8 +151,8 @@ int _dbfMove(DbfTable& t, long long target) {
 
 // Writes row with the deletion mark given; a row that can't be written keeps its mark.
 int _dbfSetMark(DbfTable& t, char mark) {
-  if (!t.fp) return dbfClosed;
-  char old = std::exchange(t.row[0], mark);
+  if (!t.file) return dbfClosed;
+  char old = std::exchange(dbfRow(t)[0], mark);
   int result = dbfReplace(t);
   if (result < 0) t.row[0] = old;
   return result;
@@ -140,25 +160,95 @@ int _dbfSetMark(DbfTable& t, char mark) {
 
 Lines _dbfNames(const DbfTable& t) { return Lines(t.names.begin(), t.names.begin() + t.cols); }
 
+bool _inRange(const DbfTable& t) { return t.file && t.recno >= 1 && t.recno <= t.file->rmax; }
+
+// Opens the file, or joins those who have it open.
+int _openFile(DbfTable& t, bool keep) {
+  std::shared_ptr<DbfFile> file = _findOpen(t.name);
+  if (!file) {
+    const FileHandle f = OS_FileOpen(t.name, FileMode::change);
+    if (f == noFile) return dbfClosed;
+    file = std::make_shared<DbfFile>();
+    imgOpen(file->image, f);
+    file->use.emplace(t.name);
+    _files.push_back(file);
+  }
+  t.file = file;
+  if (keep && !file->kept && !OS_FileKeep(file->image.f)) return dbfInUse;
+  file->kept |= keep;
+  return _dbfReadHeader(t);
+}
+
+// Puts a table in the making in its place.
+bool _finish(DbfFile& f) {
+  if (!f.made) return true;
+  return imgPut(f.image) && NewFileDone(*f.made) == 0;
+}
+
+// Writes the file anew, its length and the bytes behind the last record that is kept as they are,
+// and tells how many are kept: false when the host refuses. What lies beyond the file's end is
+// dropped; a record that the end cuts is filled with blanks.
+bool _packInto(DbfTable& t, Image& to, int& kept) {
+  kept = 0;
+  std::string row;
+  const auto copy = [&](std::int64_t from, std::int64_t end) {
+    for (; from < end; from += static_cast<std::int64_t>(row.size())) {
+      row.resize(static_cast<size_t>(std::min<std::int64_t>(end - from, blockSize)));
+      if (!imgRead(t.file->image, from, row.data(), row.size()) ||
+          !imgWrite(to, from, row.data(), row.size()))
+        return false;
+    }
+    return true;
+  };
+  if (!copy(0, dbfHeaderSize)) return false;
+  for (int r = 1; r <= t.file->rmax; r++) {
+    row.assign(static_cast<size_t>(t.rowsize), ' ');
+    row[0] = '*';
+    _dbfGet(t, r, row);
+    if (row[0] == ' ' && !imgWrite(to, _dbfOffset(t, ++kept), row.data(), row.size())) return false;
+  }
+  unsigned char count[2];
+  put2(count, kept);
+  return imgWrite(to, atCount, reinterpret_cast<const char*>(count), sizeof count) &&
+         copy(_dbfOffset(t, kept + 1), t.file->image.size) && imgPut(to);
+}
+
+// Takes the packed file's place over: the users of the file go on with it.
+bool _takeOver(DbfFile& file, NewFile& made) {
+  OS_FileClose(file.image.f);
+  const bool done = NewFileDone(made) == 0;
+  imgOpen(file.image, OS_FileOpen(file.use->path, FileMode::change));
+  if (file.kept) OS_FileKeep(file.image.f);
+  return done;
+}
+
 }  // namespace
+
+DbfFile::~DbfFile() {
+  if (!made) OS_FileClose(image.f);
+}
 
 int dbfCreate(DbfTable& t, std::string_view filename) {
   dbfClose(t);
-  t.fp = FileOpen(FnExt(filename, ".dbf"), "w+b");
-  if (!t.fp) return dbfCantCreate;
+  auto file = std::make_shared<DbfFile>();
+  file->made = std::make_unique<NewFile>();
+  if (const int result = NewFileOpen(*file->made, FnExt(filename, ".dbf")); result != 0)
+    return result;
+  imgOpen(file->image, file->made->f);
+  file->image.holds = true;
+  t.file = std::move(file);
   t.name = filename;
   t.recno = 1;
   t.typ.fill('C');
-  t.eof = t.dirty = true;
+  t.eof = t.file->dirty = true;
   _dbfLayout(t);
   if (_dbfUpdHdr(t) && _dbfPutEndMark(t)) return 0;
   t = DbfTable{};
-  FileDrop(FnExt(filename, ".dbf"));
   return dbfCantWrite;
 }
 
 int dbfFld(DbfTable& t, int number, std::string_view name, char type, int width, int decimals) {
-  if (!t.fp) return dbfClosed;
+  if (!t.file) return dbfClosed;
   if (number < 0 || number > maxFields) return -2;
   if (number == 0) return _dbfUpdHdr(t) && _dbfPutEndMark(t) ? 0 : dbfCantWrite;
   int i = number - 1;
@@ -167,10 +257,11 @@ int dbfFld(DbfTable& t, int number, std::string_view name, char type, int width,
   t.typ[i] = type;
   t.len[i] = std::clamp(width, 0, 255);  // each has one byte in the file
   t.dec[i] = std::clamp(decimals, 0, 255);
-  t.rmax = 0;
+  t.file->rmax = 0;
   t.recno = 1;
   t.cols = std::max(t.cols, number);
-  t.eof = t.dirty = true;
+  t.eof = t.file->dirty = true;
+  t.stale = false;
   _dbfLayout(t);
   return 0;
 }
@@ -188,11 +279,10 @@ int dbfCreateFrom(DbfTable& t, std::string_view filename, const DbfTable& source
   return -1;
 }
 
-int dbfOpen(DbfTable& t, std::string_view filename) {
+int dbfOpen(DbfTable& t, std::string_view filename, bool keep) {
   dbfClose(t);
   t.name = FnFind(FnExt(filename, ".dbf"));
-  t.fp = FileOpen(t.name, "r+b");
-  int result = t.fp ? _dbfReadHeader(t) : dbfClosed;
+  const int result = _openFile(t, keep);
   if (result < 0) {
     t = DbfTable{};
     return result;
@@ -203,24 +293,19 @@ int dbfOpen(DbfTable& t, std::string_view filename) {
 }
 
 int dbfClose(DbfTable& t) {
-  if (!t.fp) return dbfClosed;
-  bool written = !t.dirty || _dbfUpdHdrDate(t);
-  written = dbfFlush(t) == 0 && written;
+  if (!t.file) return dbfClosed;
+  bool written = !t.file->dirty || _dbfUpdHdrDate(t);
+  written = written && _finish(*t.file);
   t = DbfTable{};
   return written ? 0 : dbfCantWrite;
 }
 
-void dbfBuffer(DbfTable& t) {
-  if (!t.fp || dbfFlush(t) != 0) return;
-  t.blocks = std::make_unique<Blocks>();
-  t.blocks->file = t.fp.get();
-}
-
 int dbfDispStruc(const DbfTable& t) {
-  if (!t.fp) return dbfClosed;
+  if (!t.file) return dbfClosed;
   std::printf("STRUCTURE FOR FILE:  %s\n", t.name.c_str());
-  std::printf("NUMBER OF RECORDS:   %05d\n", t.rmax);
-  std::printf("DATE OF LAST UPDATE: %02d/%02d/%02d\n", t.date[0], t.date[1], t.date[2]);
+  std::printf("NUMBER OF RECORDS:   %05d\n", t.file->rmax);
+  std::printf("DATE OF LAST UPDATE: %02d/%02d/%02d\n", t.file->date[0], t.file->date[1],
+              t.file->date[2]);
   std::printf("PRIMARY USE DATABASE\n");
   std::printf("FLD       NAME      TYPE WIDTH   DEC\n");
   for (int i = 0; i < t.cols; i++) {
@@ -233,54 +318,95 @@ int dbfDispStruc(const DbfTable& t) {
 }
 
 int dbfSkip(DbfTable& t, int distance) {
-  if (!t.fp) return dbfClosed;
+  if (!t.file) return dbfClosed;
   return _dbfMove(t, static_cast<long long>(t.recno) + distance);
 }
 
 int dbfSkipTo(DbfTable& t, int recno) {
-  if (!t.fp) return dbfClosed;
-  return _dbfMove(t, recno == 0 ? 1 : recno == -1 ? t.rmax : recno);
+  if (!t.file) return dbfClosed;
+  return _dbfMove(t, recno == 0 ? 1 : recno == -1 ? t.file->rmax : recno);
+}
+
+void dbfOnNone(DbfTable& t) {
+  dbfRow(t);
+  t.recno = 0;
+}
+
+bool dbfOnRecord(DbfTable& t) { return _inRange(t) && _dbfHas(t, t.recno); }
+
+std::string& dbfRow(DbfTable& t) {
+  const bool old = t.stale || (!t.changing && t.file && t.seen != t.file->changes);
+  if (!old) return t.row;
+  t.stale = false;
+  t.seen = t.file->changes;
+  if (t.recno >= 1 && _dbfHas(t, t.recno)) _dbfGet(t, t.recno, t.row);
+  return t.row;
+}
+
+void dbfSetRow(DbfTable& t, std::string_view row) {
+  t.stale = false;
+  t.row = row;
+  t.row.resize(static_cast<size_t>(t.rowsize), ' ');
+}
+
+void dbfChange(DbfTable& t) {
+  dbfRow(t);
+  t.changing = true;
+}
+
+void dbfRevert(DbfTable& t) {
+  if (!t.changing) return;
+  t.changing = false;
+  t.stale = dbfOnRecord(t);
+}
+
+std::string dbfStored(DbfTable& t) {
+  std::string row(static_cast<size_t>(t.rowsize), ' ');
+  if (_inRange(t)) _dbfGet(t, t.recno, row);
+  return row;
 }
 
 int dbfReplace(DbfTable& t) {
-  if (!t.fp || t.recno < 1 || t.recno > t.rmax) return -1;
+  if (!_inRange(t)) return -1;
+  dbfRow(t);
   if (!_dbfWrite(t)) return dbfCantWrite;
-  t.dirty = true;
+  t.changing = false;
+  _dbfChanged(t);
   return 0;
 }
 
 // The record goes to the file before the count that covers it.
 int dbfAppend(DbfTable& t) {
-  if (!t.fp) return dbfClosed;
-  if (t.rmax >= t.limit) return dbfFull;
+  if (!t.file) return dbfClosed;
+  if (t.file->rmax >= t.limit) return dbfFull;
   std::string blank(static_cast<size_t>(t.rowsize), ' ');
   blank += endMark;
-  bool written = _dbfPut(t, _dbfOffset(t, t.rmax + 1), blank.data(), blank.size());
-  t.rmax++;
+  const bool written = _dbfPut(t, _dbfOffset(t, t.file->rmax + 1), blank.data(), blank.size());
+  t.file->rmax++;
   if (!written || !_dbfUpdHdrRmax(t)) {
-    t.rmax--;
-    _dbfUpdHdrRmax(t);
+    t.file->rmax--;
     _dbfPutEndMark(t);
     return dbfCantWrite;
   }
   blank.pop_back();
   t.row = std::move(blank);
-  t.recno = t.rmax;
-  t.dirty = true;
+  t.stale = t.changing = false;
+  t.recno = t.file->rmax;
+  _dbfChanged(t);
   return 0;
 }
 
 int dbfRemove(DbfTable& t) {
-  if (!t.fp || t.rmax == 0) return -1;
-  t.rmax--;
+  if (!t.file || t.file->rmax == 0) return -1;
+  t.file->rmax--;
   if (!_dbfUpdHdrRmax(t)) {
-    t.rmax++;
-    _dbfUpdHdrRmax(t);
+    t.file->rmax++;
     return dbfCantWrite;
   }
-  t.dirty = true;
-  t.recno = t.rmax;
-  if (t.rmax == 0)
+  _dbfChanged(t);
+  t.recno = t.file->rmax;
+  t.changing = false;
+  if (t.recno == 0)
     t.eof = true;
   else
     _dbfRead(t);
@@ -292,61 +418,43 @@ int dbfDelete(DbfTable& t) { return _dbfSetMark(t, '*'); }
 int dbfRecall(DbfTable& t) { return _dbfSetMark(t, ' '); }
 
 int dbfPack(DbfTable& t) {
-  if (!t.fp) return dbfClosed;
+  if (!t.file) return dbfClosed;
+  NewFile made;
+  Image image;
   int kept = 0;
-  bool written = true;
-  for (int r = 1; r <= t.rmax && written; r++) {
-    // What lies beyond the file's end is dropped; a record that the end cuts is filled with blanks.
-    t.row.assign(t.row.size(), ' ');
-    t.row[0] = '*';
-    t.recno = r;
-    _dbfRead(t);
-    if (t.row[0] != ' ') continue;
-    t.recno = ++kept;
-    if (kept < r || t.eof) written = _dbfWrite(t);
-  }
-  t.dirty = true;
+  if (NewFileOpen(made, t.file->use->path, true) != 0) return dbfCantWrite;
+  imgOpen(image, made.f);
+  image.holds = true;
+  if (!_packInto(t, image, kept) || !_takeOver(*t.file, made)) return dbfCantWrite;
+  t.packed = t.file->rmax = kept;
+  _dbfChanged(t);
   t.recno = 1;
-  // A pack that broke off leaves the count, so that no record drops out of the table.
-  if (written) {
-    t.packed = kept;
-    t.rmax = kept;
-    written = _dbfUpdHdrRmax(t);
-  }
-  if (t.rmax > 0) _dbfRead(t);
-  t.eof = t.rmax == 0;
-  return written ? 0 : dbfCantWrite;
+  if (kept > 0) _dbfRead(t);
+  t.eof = kept == 0;
+  return 0;
 }
 
-// Between a read and a flush the stream needs a positioning.
-int dbfFlush(DbfTable& t) {
-  if (!t.fp) return dbfClosed;
-  if (t.blocks && !((!t.dirty || _dbfPutCount(t)) && blkFlush(*t.blocks))) return dbfCantWrite;
-  std::FILE* f = t.fp.get();
-  return std::fseek(f, 0, SEEK_CUR) == 0 && std::fflush(f) == 0 ? 0 : dbfCantWrite;
-}
-
-bool dbfOPEN(const DbfTable& t) { return t.fp != nullptr; }
-bool dbfEOF(const DbfTable& t) { return !t.fp || t.eof; }
-bool dbfDELETED(const DbfTable& t) { return !t.fp || t.row[0] == '*'; }
-int dbfRECNO(const DbfTable& t) { return t.fp ? t.recno : 0; }
-int dbfROWS(const DbfTable& t) { return t.rmax; }
+bool dbfOPEN(const DbfTable& t) { return t.file != nullptr; }
+bool dbfEOF(const DbfTable& t) { return !t.file || t.eof; }
+bool dbfDELETED(DbfTable& t) { return !t.file || dbfRow(t)[0] == '*'; }
+int dbfRECNO(const DbfTable& t) { return t.file ? t.recno : 0; }
+int dbfROWS(const DbfTable& t) { return t.file ? t.file->rmax : 0; }
 int dbfCOLS(const DbfTable& t) { return t.cols; }
 
 int fldno(const DbfTable& t, std::string_view name) {
-  if (!t.fp) return -1;
+  if (!t.file) return -1;
   for (int i = 0; i < t.cols; i++)
     if (StrICmp(t.names[i], name) == 0) return i;
   return -1;
 }
 
-std::string fldget(const DbfTable& t, int field) {
+std::string fldget(DbfTable& t, int field) {
   if (!_dbfHasField(t, field)) return {};
-  return xtract(std::string_view(t.row).substr(static_cast<size_t>(t.pos[field])),
+  return xtract(std::string_view(dbfRow(t)).substr(static_cast<size_t>(t.pos[field])),
                 static_cast<size_t>(t.len[field]));
 }
 
-std::string fldgetqs(const DbfTable& t, int field) {
+std::string fldgetqs(DbfTable& t, int field) {
   if (_dbfHasField(t, field) && t.typ[field] != 'C') return fldget(t, field);
   return s2qs(fldget(t, field));
 }
@@ -357,13 +465,13 @@ int fldput(DbfTable& t, int field, std::string_view text) {
       t.typ[field] == 'N' ? FmtFix(TxtToDbl(text), t.len[field], t.dec[field]) : std::string(text);
   size_t width = static_cast<size_t>(t.len[field]);
   value.resize(width, ' ');
-  t.row.replace(static_cast<size_t>(t.pos[field]), width, value);
+  dbfRow(t).replace(static_cast<size_t>(t.pos[field]), width, value);
   return 0;
 }
 
-int dbfCpyRowToFm(DbfTable& target, const DbfTable& source, const Lines& fields) {
-  if (!target.fp) return -1;
-  if (!source.fp) return -2;
+int dbfCpyRowToFm(DbfTable& target, DbfTable& source, const Lines& fields) {
+  if (!target.file) return -1;
+  if (!source.file) return -2;
   for (const std::string& name : fields.empty() ? _dbfNames(source) : fields)
     fldput(target, fldno(target, name), fldget(source, fldno(source, name)));
   return 0;

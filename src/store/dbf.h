@@ -25,20 +25,22 @@
 // full width. Character fields are filled with spaces on the right; numeric fields are the number
 // printed to width and decimals; a logical field is one character, of which T, t, Y, y are true.
 //
-// A DbfTable has one record buffer: a field's value stands in row and, once written, in the file.
-// Only a private table that dbfBuffer was called for keeps more in memory, until dbfClose or
-// dbfFlush. The header's count rules; the file's length is never compared with it.
+// A DbfTable is one user of a file: a position and a record buffer. The file itself, with its
+// record count, is one however many users have it open, so that what one of them changes the others
+// read. A field's value stands in row and, once written, in the file. The header's count rules; the
+// file's length is never compared with it.
 #pragma once
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "session/files.h"
 #include "session/misc.h"
-#include "store/blocks.h"
+#include "session/newfile.h"
+#include "store/image.h"
 
 namespace mox {
 
@@ -54,15 +56,28 @@ enum DbfResult {
   dbfWrongVersion = -3,
   dbfOutside = -2,  // a move: outside 1 to rmax
   dbfCantCreate = -2,
-  dbfFull = -4,       // dbfAppend: the table holds maxRecords
-  dbfCantWrite = -5,  // the host refused a write (a full disk, a size limit)
+  dbfFull = -4,                  // dbfAppend: the table holds maxRecords
+  dbfCantWrite = fileCantWrite,  // the host refused a write (a full disk, a size limit)
+  dbfInUse = fileInUse,          // another session has the table, or this one the file to be made
+};
+
+// An open file.
+struct DbfFile {
+  Image image;
+  int rmax = 0;               // record count
+  std::array<int, 3> date{};  // day, month, year as read at open
+  bool dirty = false;         // changed since it was opened: dbfClose then writes the date
+  bool kept = false;          // for this session alone
+  unsigned changes = 0;       // of records, counted
+  std::optional<FileUse> use;
+  std::unique_ptr<NewFile> made;  // of a table in the making
+  DbfFile() = default;
+  ~DbfFile();
 };
 
 struct DbfTable {
-  std::string name;           // as opened, with its extension
-  File fp;                    // null: the table is closed
-  int rmax = 0;               // record count
-  std::array<int, 3> date{};  // day, month, year as read at open
+  std::string name;               // as opened, with its extension
+  std::shared_ptr<DbfFile> file;  // null: the table is closed
   int rowsize = 1;
   int recno = 0;  // current record, from 1
   int cols = 0;
@@ -71,32 +86,31 @@ struct DbfTable {
   std::array<char, maxFields> typ{};
   std::array<int, maxFields> len{};
   std::array<int, maxFields> dec{};
-  std::string row;  // the record buffer, rowsize bytes
+  std::string row;  // the record buffer, rowsize bytes; dbfRow brings it up to date
   bool eof = false;
-  bool dirty = false;      // changed since it was opened: dbfClose then writes the date
+  bool stale = false;      // row is to be read before anyone looks at it
+  bool changing = false;   // row is being changed and is nobody else's business
+  unsigned seen = 0;       // the file's changes when row was read
   int packed = 0;          // records kept by the last dbfPack
   int limit = maxRecords;  // of dbfAppend; a sort raises it for its records behind the table
-  std::unique_ptr<Blocks> blocks;  // of a buffered table
 };
 
-// Makes an open table work on blocks in memory: for a private table that is read or written as a
-// whole. A refused write may then be reported by a later operation, at the latest by dbfClose; the
-// count in the header changes at dbfClose or dbfFlush.
-void dbfBuffer(DbfTable& t);
-
-// Making a table: dbfCreate, dbfFld for the fields 1, 2, 3 ..., dbfFld with 0, dbfClose.
-// dbfCreate and dbfOpen add ".dbf" to a name without a dot. dbfFld: -1 closed, -2 for a number
-// above 32. With 0 it writes the header and the end mark and ignores its other arguments. A
-// dbfCreate whose header the host refuses to write leaves no file (dbfCantWrite).
+// Making a table: dbfCreate, dbfFld for the fields 1, 2, 3 ..., dbfFld with 0, records, and
+// dbfClose, which puts the file in its place. A table that is dropped (DbfTable{}) before that
+// leaves what stood there. dbfCreate and dbfOpen add ".dbf" to a name without a dot. dbfCreate:
+// dbfCantCreate, dbfInUse, dbfCantWrite. dbfFld: -1 closed, -2 for a number above 32. With 0 it
+// writes the header and the end mark and ignores its other arguments.
 int dbfCreate(DbfTable& t, std::string_view filename);
 int dbfFld(DbfTable& t, int number, std::string_view name, char type, int width, int decimals);
-// Creates, defines and finishes a table with the named fields of the source, or with all of them
-// when the list is empty; the table stays open. -1 if it can't be made.
+// Creates and defines a table with the named fields of the source, or with all of them when the
+// list is empty. -1 if it can't be made.
 int dbfCreateFrom(DbfTable& t, std::string_view filename, const DbfTable& source,
                   const Lines& fields);
 
-// Opens on record 1. -1 no such file, -2 shorter than the header, -3 not version 2.
-int dbfOpen(DbfTable& t, std::string_view filename);
+// Opens on record 1. -1 no such file, -2 shorter than the header, -3 not version 2; with keep the
+// file is for this session alone from then on, until nobody here has it open: dbfInUse when another
+// has it.
+int dbfOpen(DbfTable& t, std::string_view filename, bool keep = false);
 // 0; -1 closed; dbfCantWrite when something couldn't be written. The table is closed in any case.
 int dbfClose(DbfTable& t);
 int dbfDispStruc(const DbfTable& t);  // prints the structure
@@ -106,38 +120,50 @@ int dbfDispStruc(const DbfTable& t);  // prints the structure
 int dbfSkip(DbfTable& t, int distance);
 int dbfSkipTo(DbfTable& t, int recno);
 
-// Changes, written through the stream's buffer at once. dbfReplace, dbfDelete and dbfRecall write
-// row at recno; for a recno outside 1 to rmax they do nothing and return -1. dbfAppend adds a
-// blank record and makes it current (eof stays as it was); dbfRemove takes the last one back.
-// dbfPack keeps the records whose mark is a space, in place, and goes to record 1.
+// Leaves the record: recno 0, row as it is.
+void dbfOnNone(DbfTable& t);
+// True when the table stands on a record that the file has.
+bool dbfOnRecord(DbfTable& t);
+// The record buffer, read again when the record was changed by another user of the file. From
+// dbfChange on it is left alone until dbfReplace or dbfRevert, which reads it anew.
+std::string& dbfRow(DbfTable& t);
+void dbfSetRow(DbfTable& t, std::string_view row);
+void dbfChange(DbfTable& t);
+void dbfRevert(DbfTable& t);
+// The current record as the file has it.
+std::string dbfStored(DbfTable& t);
+
+// Changes. dbfReplace, dbfDelete and dbfRecall write row at recno; for a recno outside 1 to rmax
+// they do nothing and return -1. dbfAppend adds a blank record and makes it current (eof stays as
+// it was); dbfRemove takes the last one back. dbfPack keeps the records whose mark is a space and
+// goes to record 1; the file is written anew and changes as a whole. A change that the host refuses
+// (dbfCantWrite) leaves the file as it was.
 int dbfReplace(DbfTable& t);
 int dbfAppend(DbfTable& t);
 int dbfRemove(DbfTable& t);
 int dbfDelete(DbfTable& t);
 int dbfRecall(DbfTable& t);
 int dbfPack(DbfTable& t);
-// Hands what was written to the operating system: 0; -1 closed; dbfCantWrite.
-int dbfFlush(DbfTable& t);
 
 bool dbfOPEN(const DbfTable& t);
-bool dbfEOF(const DbfTable& t);      // true when closed
-bool dbfDELETED(const DbfTable& t);  // true when closed
-int dbfRECNO(const DbfTable& t);     // 0 when closed
+bool dbfEOF(const DbfTable& t);   // true when closed
+bool dbfDELETED(DbfTable& t);     // true when closed
+int dbfRECNO(const DbfTable& t);  // 0 when closed
 int dbfROWS(const DbfTable& t);
 int dbfCOLS(const DbfTable& t);
 
 // Field by name, ignoring case: its index from 0, or -1.
 int fldno(const DbfTable& t, std::string_view name);
 // The field's characters at full width, or up to a zero byte; empty when out of range.
-std::string fldget(const DbfTable& t, int field);
+std::string fldget(DbfTable& t, int field);
 // The same, a field of type C in quoted string form; out of range a quoted empty text.
-std::string fldgetqs(const DbfTable& t, int field);
+std::string fldgetqs(DbfTable& t, int field);
 // Sets the field in row: a numeric field takes the number that the text begins with, printed to
 // width and decimals; every field keeps the first characters that fit and is filled with spaces.
 int fldput(DbfTable& t, int field, std::string_view text);
 // Fills the target's row by field name; an empty list means all fields of the source. A name that
 // the source lacks gives an empty value, one that the target lacks is passed over.
 // -1 target closed, -2 source closed.
-int dbfCpyRowToFm(DbfTable& target, const DbfTable& source, const Lines& fields);
+int dbfCpyRowToFm(DbfTable& target, DbfTable& source, const Lines& fields);
 
 }  // namespace mox

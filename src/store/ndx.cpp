@@ -20,6 +20,7 @@ void _clear(NdxFile& x) {
   x.Nno.clear();
   x.Ino.clear();
   x.walked = 0;
+  x.version = x.file->version;
 }
 
 // The end of a walk or a search that leads nowhere.
@@ -261,6 +262,7 @@ int insertkey(NdxFile& x, NdxItem item) {
 }
 
 int _ndxAdd(NdxFile& x, int rno, const std::string& key) {
+  ++x.file->version;
   int result = _seekPlace(x, key);
   if (result == 0) result = insertkey(x, {0, rno, key});
   if (result != 0) ndxDrop(x);
@@ -295,6 +297,7 @@ bool _unlink(NdxFile& x) {
 
 int _ndxDel(NdxFile& x, int rno, const std::string& key) {
   if (_ndxFindRno(x, rno, key) != 0) return ndxFail;
+  ++x.file->version;
   const int i = x.Ino.back();
   bool last = i + 1 == _top(x)->count;
   delItm(*_top(x), i);
@@ -329,6 +332,16 @@ int ndxTop(NdxFile& x) { return _run(x, "ndxTop", _ndxTop); }
 int ndxBottom(NdxFile& x) { return _run(x, "ndxBottom", _ndxBottom); }
 int ndxFwd(NdxFile& x) { return _run(x, "ndxFwd", _ndxFwd); }
 int ndxBak(NdxFile& x) { return _run(x, "ndxBak", _ndxBak); }
+
+bool ndxAstray(const NdxFile& x) {
+  return x.file && !x.Nno.empty() && x.version != x.file->version;
+}
+
+bool ndxHasRno(NdxFile& x, int rno) {
+  int at = ndxTop(x);
+  while (at > 0 && at != rno) at = ndxFwd(x);
+  return at == rno;
+}
 
 int ndxFind(NdxFile& x, int length, std::string_view text) {
   return traced(

@@ -5,7 +5,7 @@
 
 #include "session/number.h"
 #include "store/bytes.h"
-#include "store/ndx.h"
+#include "store/ndx_page.h"
 #include "store/ndx_trace.h"
 
 namespace mox {
@@ -15,7 +15,8 @@ Key (*g_makeKey)(const std::string& text) = nullptr;
 namespace {
 
 // Offsets in the header, in a page and in an item.
-constexpr int atRoot = 2, atPages = 4, atKeyLen = 6, atItmLen = 7, atMaxItms = 8, atType = 9;
+constexpr int atMark = 0, atRoot = 2, atPages = 4, atKeyLen = 6, atItmLen = 7, atMaxItms = 8,
+              atType = 9;
 constexpr int atExpr = 10, atItems = 1, inRno = 2, inKey = 4;
 
 constexpr int numericType = 8;
@@ -24,18 +25,14 @@ constexpr int rootPage = 1;
 // The files that are open.
 std::vector<std::weak_ptr<NdxPages>> _open;
 
+std::int64_t _place(int no) { return static_cast<std::int64_t>(no) * ndxPageSize; }
+
 bool _put(NdxPages& f, int no, const void* bytes, size_t n) {
-  std::FILE* fp = f.fp.get();
-  std::clearerr(fp);
-  return std::fseek(fp, static_cast<long>(no) * ndxPageSize, SEEK_SET) == 0 &&
-         std::fwrite(bytes, 1, n, fp) == n && std::fflush(fp) == 0;
+  return imgWrite(f.image, _place(no), static_cast<const char*>(bytes), n);
 }
 
 bool _get(NdxPages& f, int no, unsigned char* bytes) {
-  std::FILE* fp = f.fp.get();
-  std::clearerr(fp);
-  return std::fseek(fp, static_cast<long>(no) * ndxPageSize, SEEK_SET) == 0 &&
-         std::fread(bytes, 1, ndxPageSize, fp) == ndxPageSize;
+  return imgRead(f.image, _place(no), reinterpret_cast<char*>(bytes), ndxPageSize);
 }
 
 int _len(std::string_view text) { return static_cast<int>(text.size()); }
@@ -49,7 +46,6 @@ void _image(NdxNode& node, unsigned char* bytes) {
   put1(bytes, node.count);
   put2(bytes + items, node.nxt);
   std::memset(bytes + items + 2, 0, ndxPageSize - items - 2);
-  node.changed = false;
 }
 
 // Writes the changed pages from the one at begin on, runs of neighbours in one go.
@@ -61,6 +57,8 @@ bool _putPages(NdxPages& f, size_t begin, size_t end) {
     do {
       run.resize(run.size() + ndxPageSize);
       _image(*f.node[f.changed[i]], &run[run.size() - ndxPageSize]);
+      f.written.push_back(f.changed[i]);
+      f.node[f.changed[i]]->changed = false;
       ++i;
     } while (i < end && f.changed[i] == f.changed[i - 1] + 1);
     if (!_put(f, first, run.data(), run.size())) return false;
@@ -81,10 +79,18 @@ void _readRoot(NdxPages& f) {
   f.pages = get2(&f.header[atPages]);
 }
 
+// Marks the file as being changed, or no more.
+bool _mark(NdxPages& f, bool changing) {
+  put2(&f.header[atMark], changing);
+  f.marked = changing;
+  return _put(f, 0, f.header.data(), 2);
+}
+
 int _readHeader(NdxPages& f) {
-  std::fseek(f.fp.get(), 0, SEEK_END);
-  f.onDisk = static_cast<int>(std::min(std::ftell(f.fp.get()) / ndxPageSize, 0x10000L));
+  f.onDisk = static_cast<int>(std::min<std::int64_t>(f.image.size / ndxPageSize, 0x10000));
   if (!_get(f, 0, f.header.data())) return ndxEmpty;
+  f.settledHeader = f.header;
+  f.outOfStep = f.marked = get2(&f.header[atMark]) != 0;
   _readRoot(f);
   f.lacking = f.pages <= rootPage || f.pages > f.onDisk;
   f.itmlen = get1(&f.header[atItmLen]);
@@ -98,33 +104,28 @@ int _readHeader(NdxPages& f) {
   return f.key.compile() == 0 ? 0 : ndxFail;
 }
 
-// The file, if an index has it open.
-std::shared_ptr<NdxPages> _findOpen(const std::string& name) {
-  std::erase_if(_open, [](const std::weak_ptr<NdxPages>& f) { return f.expired(); });
-  for (const std::weak_ptr<NdxPages>& f : _open) {
-    std::shared_ptr<NdxPages> file = f.lock();
-    if (SameFile(file->name, name)) return file;
+int _open1(NdxFile& x, const std::string& name, bool keep) {
+  std::shared_ptr<NdxPages> f = ndxFindOpen(name);
+  if (!f) {
+    f = std::make_shared<NdxPages>();
+    f->name = name;
+    const FileHandle h = OS_FileOpen(name, FileMode::change);
+    if (h == noFile) return ndxFail;
+    imgOpen(f->image, h);
+    f->use.emplace(name);
+    if (const int result = _readHeader(*f); result != 0) return result;
+    _open.push_back(f);
   }
-  return nullptr;
-}
-
-int _open1(NdxFile& x, const std::string& name) {
-  if ((x.file = _findOpen(name))) return 0;
-  auto f = std::make_shared<NdxPages>();
-  f->name = name;
-  f->fp = FileOpen(name, "r+b");
-  if (!f->fp) return ndxFail;
-  std::setvbuf(f->fp.get(), nullptr, _IONBF, 0);
-  const int result = _readHeader(*f);
-  if (result != 0) return result;
-  _open.push_back(f);
+  if (keep && !f->kept && !OS_FileKeep(f->image.f)) return ndxInUse;
+  f->kept |= keep;
   x.file = std::move(f);
   return 0;
 }
 
-int _create(NdxFile& x, const std::string& name, std::string_view expr, int type, int keylen) {
+// The bytes of an index without items; none when there can't be such an index.
+std::string _emptyIndex(std::string_view expr, int type, int keylen) {
   if (type != 'C') keylen = type == 'N' ? numKeyLen : 0;
-  if (expr.size() > maxNdxExpr || keylen < 1 || keylen > maxKeyLen) return ndxBadKey;
+  if (expr.size() > maxNdxExpr || keylen < 1 || keylen > maxKeyLen) return {};
   const int itmlen = keylen + inKey;
   unsigned char bytes[2 * ndxPageSize] = {};
   put2(bytes + atRoot, rootPage);
@@ -134,16 +135,44 @@ int _create(NdxFile& x, const std::string& name, std::string_view expr, int type
   put1(bytes + atMaxItms, (ndxPageSize - 4) / itmlen);
   put1(bytes + atType, type == 'N' ? numericType : 0);
   std::memcpy(bytes + atExpr, expr.data(), expr.size());
-  if (_findOpen(name)) return ndxFail;
-  File fp = FileOpen(name, "wb");
-  if (!fp || std::fwrite(bytes, 1, sizeof bytes, fp.get()) != sizeof bytes ||
-      std::fflush(fp.get()) != 0)
-    return ndxFail;
-  fp.reset();
-  return _open1(x, name);
+  return std::string(reinterpret_cast<const char*>(bytes), sizeof bytes);
+}
+
+int _create(NdxFile& x, const std::string& name, const std::string& bytes) {
+  if (bytes.empty()) return ndxBadKey;
+  return FileWriteBytes(name, bytes) == 0 ? _open1(x, name, false) : ndxFail;
+}
+
+int _make(NdxFile& x, NewFile& made, const std::string& bytes) {
+  if (bytes.empty()) return ndxBadKey;
+  if (!NewFileAppend(made, bytes)) return ndxCantWrite;
+  auto f = std::make_shared<NdxPages>();
+  f->name = made.path;
+  f->owned = false;
+  imgOpen(f->image, made.f);
+  const int result = _readHeader(*f);
+  if (result == 0) x.file = std::move(f);
+  return result;
+}
+
+std::string _createArgs(std::string_view name, std::string_view expr, int type, int keylen) {
+  return StrFmt(" %.*s,%.*s,%c,%d", _len(name), name.data(), _len(expr), expr.data(), type, keylen);
 }
 
 }  // namespace
+
+NdxPages::~NdxPages() {
+  if (owned) OS_FileClose(image.f);
+}
+
+std::shared_ptr<NdxPages> ndxFindOpen(const std::string& name) {
+  std::erase_if(_open, [](const std::weak_ptr<NdxPages>& f) { return f.expired(); });
+  for (const std::weak_ptr<NdxPages>& f : _open) {
+    std::shared_ptr<NdxPages> file = f.lock();
+    if (SameFile(file->name, name)) return file;
+  }
+  return nullptr;
+}
 
 const unsigned char* NodeItem(const NdxNode& node, int i) {
   return &node.data[atItems + i * node.itmlen];
@@ -186,6 +215,7 @@ NdxNode* NodeRead(NdxPages& f, int no) {
     if (_get(f, no, bytes) && get1(bytes) <= f.maxitms) {
       NdxNode& node = _keep(f, no);
       std::memcpy(node.data.data(), bytes, sizeof bytes);
+      std::memcpy(node.settled.data(), bytes, sizeof bytes);
       node.count = get1(bytes);
       node.nxt = get2(bytes + atItems + node.count * node.itmlen);
       traceNode(f, "NodeRead", node, 5);
@@ -232,22 +262,25 @@ std::string formatkey(const NdxPages& f, std::string_view text) {
   return key;
 }
 
-int ndxOpen(NdxFile& x, std::string_view filename) {
+int ndxOpen(NdxFile& x, std::string_view filename, bool keep) {
   x = NdxFile{};
   return traced(
       "ndxOpen", [&] { return StrFmt(" %.*s", _len(filename), filename.data()); },
-      [&] { return _open1(x, FnFind(FnExt(filename, ".ndx"))); });
+      [&] { return _open1(x, FnFind(FnExt(filename, ".ndx")), keep); });
 }
 
 int ndxCreate(NdxFile& x, std::string_view filename, std::string_view expr, int type, int keylen) {
   x = NdxFile{};
   return traced(
-      "ndxCreate",
-      [&] {
-        return StrFmt(" %.*s,%.*s,%c,%d", _len(filename), filename.data(), _len(expr), expr.data(),
-                      type, keylen);
-      },
-      [&] { return _create(x, FnExt(filename, ".ndx"), expr, type, keylen); });
+      "ndxCreate", [&] { return _createArgs(filename, expr, type, keylen); },
+      [&] { return _create(x, FnExt(filename, ".ndx"), _emptyIndex(expr, type, keylen)); });
+}
+
+int ndxMake(NdxFile& x, NewFile& made, std::string_view expr, int type, int keylen) {
+  x = NdxFile{};
+  return traced(
+      "ndxCreate", [&] { return _createArgs(made.path, expr, type, keylen); },
+      [&] { return _make(x, made, _emptyIndex(expr, type, keylen)); });
 }
 
 int ndxClose(NdxFile& x) {
@@ -255,6 +288,9 @@ int ndxClose(NdxFile& x) {
       "ndxClose", [] { return ""; },
       [&] {
         const int result = ndxFlush(x);
+        ndxSettle(x);
+        const bool last = x.file && x.file.use_count() == 1;
+        if (last && x.file->marked && !x.file->outOfStep && result == 0) _mark(*x.file, false);
         x = NdxFile{};
         return result == ndxCantWrite ? result : 0;
       });
@@ -262,6 +298,8 @@ int ndxClose(NdxFile& x) {
 
 std::string ndxGetFn(const NdxFile& x) { return x.file ? x.file->name : std::string(); }
 std::string ndxGetExpr(const NdxFile& x) { return x.file ? x.file->expr : std::string(); }
+
+bool ndxOutOfStep(const NdxFile& x) { return x.file && x.file->outOfStep; }
 
 int ndxReserve(NdxFile& x) {
   if (!x.file) return ndxFail;
@@ -280,6 +318,7 @@ int ndxFlush(NdxFile& x) {
   NdxPages& f = *x.file;
   const int result = ndxReserve(x);
   if (result != 0) return result;
+  if (f.owned && !f.marked && !f.changed.empty() && !_mark(f, true)) return ndxCantWrite;
   if (!_putPages(f, 0, f.changed.size())) return ndxCantWrite;
   f.changed.clear();
   if (f.hdrChanged && !_put(f, 0, f.header.data(), f.header.size())) return ndxCantWrite;
@@ -287,16 +326,59 @@ int ndxFlush(NdxFile& x) {
   return 0;
 }
 
+void ndxSettle(NdxFile& x) {
+  if (!x.file) return;
+  NdxPages& f = *x.file;
+  for (const int no : f.written) _image(*f.node[no], f.node[no]->settled.data());
+  f.written.clear();
+  f.settledHeader = f.header;
+}
+
+void ndxUndo(NdxFile& x) {
+  if (!x.file) return;
+  NdxPages& f = *x.file;
+  put2(&f.settledHeader[atMark], f.marked);
+  const int pages = get2(&f.settledHeader[atPages]);
+  bool undone = f.written.empty() || _put(f, 0, f.settledHeader.data(), f.settledHeader.size());
+  for (const int no : f.written)
+    if (no < pages) undone = _put(f, no, f.node[no]->settled.data(), ndxPageSize) && undone;
+  f.written.clear();
+  f.outOfStep |= !undone;
+  ndxDrop(x);
+}
+
 void ndxDrop(NdxFile& x) {
   if (!x.file) return;
   NdxPages& f = *x.file;
   f.node.clear();
   f.changed.clear();
+  f.written.clear();
   f.hdrChanged = false;
+  ++f.version;
   if (!_get(f, 0, f.header.data())) f.header.fill(0);
+  f.settledHeader = f.header;
   _readRoot(f);
   x.Nno.clear();
   x.Ino.clear();
+}
+
+void ndxRest() {
+  for (const std::weak_ptr<NdxPages>& open : _open)
+    if (const std::shared_ptr<NdxPages> f = open.lock(); f && f->marked && !f->outOfStep)
+      _mark(*f, false);
+}
+
+int ndxTakeOver(NdxPages& f, NewFile& made) {
+  OS_FileClose(f.image.f);
+  const int result = NewFileDone(made);
+  imgOpen(f.image, OS_FileOpen(f.name, FileMode::change));
+  if (f.kept) OS_FileKeep(f.image.f);
+  f.node.clear();
+  f.changed.clear();
+  f.written.clear();
+  f.hdrChanged = f.damaged = f.full = false;
+  ++f.version;
+  return _readHeader(f) == 0 ? result : ndxCantWrite;
 }
 
 }  // namespace mox

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "store/ndx.h"
+#include "store/ndx_page.h"
 
 namespace mox {
 

@@ -1,0 +1,55 @@
+// Files by position: what tables, indexes and new files need of the host. One source a host.
+//
+// A handle is for one file; it isn't passed on to programs that are started. Offsets and sizes are
+// in bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace mox {
+
+using FileHandle = std::intptr_t;
+constexpr FileHandle noFile = -1;
+
+enum class FileMode {
+  read,
+  change,  // an existing file, to read and write
+  make,    // the same, or a new, empty one
+};
+
+// Opens a plain file, through links too: noFile when it can't be opened or is none.
+FileHandle OS_FileOpen(const std::string& path, FileMode mode);
+void OS_FileClose(FileHandle f);
+
+std::int64_t OS_FileSize(FileHandle f);  // -1 when it can't be told
+// Reads up to n bytes, fewer at the end of the file or where it can't be read: how many.
+std::size_t OS_FileRead(FileHandle f, std::int64_t offset, void* bytes, std::size_t n);
+// Writes n bytes. False when the host refuses; a part may have been written then.
+bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::size_t n);
+bool OS_FileResize(FileHandle f, std::int64_t size);
+
+// Keeps the file for this handle until it is closed or the program ends in whatever way: false when
+// another handle keeps it. Nothing is kept where the file system has no locks.
+bool OS_FileKeep(FileHandle f);
+
+// Moves a file to a name, replacing what stands there: false when it can't.
+bool OS_FileMove(const std::string& from, const std::string& to);
+
+extern const std::string_view g_lineEnd;  // of the host's text files
+
+// True when the file belongs to this user and has no other name, so that nothing but its content
+// is lost when another file takes its place.
+bool OS_FileIsPlainOwn(const std::string& path);
+
+// How often the program has waited for a person or another program, who may have changed files.
+unsigned OS_Waits();
+void OS_CountWait();
+
+// A seam for tests, null in the program: asked before each change of a file; false lets it fail.
+enum class FileOp { make, write, resize, move };
+extern bool (*g_mayChangeFile)(FileOp op);
+
+}  // namespace mox

@@ -1,0 +1,143 @@
+#include "store/image.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace mox {
+
+namespace {
+
+std::int64_t _length(std::size_t n) { return static_cast<std::int64_t>(n); }
+
+bool _isHeld(const Block& b) { return b.from < b.to; }
+
+// Hands a block's held bytes to the operating system.
+void _put(Image& m, Block& b) {
+  if (!_isHeld(b) || m.refused) return;
+  m.refused = !OS_FileWrite(m.f, b.place + _length(b.from), b.bytes.data() + b.from, b.to - b.from);
+  b.from = b.to = 0;
+}
+
+void _load(Image& m, Block& b, std::int64_t place) {
+  b.place = place;
+  b.bytes.resize(blockSize);
+  b.size = OS_FileRead(m.f, place, b.bytes.data(), blockSize);
+  std::fill(b.bytes.begin() + _length(b.size), b.bytes.end(), '\0');
+}
+
+// A block for other bytes of the file.
+Block& _free(Image& m) {
+  if (m.blocks.size() < blockCount) return m.blocks.emplace_back();
+  const auto older = [](const Block& x, const Block& y) { return x.used < y.used; };
+  Block& b = *std::min_element(m.blocks.begin(), m.blocks.end(), older);
+  if (_isHeld(b)) imgPut(m);
+  return b;
+}
+
+Block* _find(Image& m, std::int64_t place) {
+  const auto isIt = [&](const Block& b) { return b.place == place; };
+  const auto hit = std::find_if(m.blocks.begin(), m.blocks.end(), isIt);
+  return hit == m.blocks.end() ? nullptr : &*hit;
+}
+
+// The block with this byte of the file.
+Block& _at(Image& m, std::int64_t offset) {
+  const std::int64_t place = offset - offset % _length(blockSize);
+  if (m.last < m.blocks.size() && m.blocks[m.last].place == place) return m.blocks[m.last];
+  Block* b = _find(m, place);
+  if (!b) _load(m, *(b = &_free(m)), place);
+  b->used = ++m.clock;
+  m.last = static_cast<std::size_t>(b - m.blocks.data());
+  return *b;
+}
+
+// Forgets what may be old. Nothing is held over a wait.
+void _refresh(Image& m) {
+  if (m.holds || m.waits == OS_Waits()) return;
+  m.waits = OS_Waits();
+  m.blocks.clear();
+  m.size = std::max<std::int64_t>(OS_FileSize(m.f), 0);
+}
+
+// Puts bytes into the blocks, held or, when they are in the file already, only into those that are
+// there.
+void _patch(Image& m, std::int64_t offset, const char* bytes, std::size_t n, bool held) {
+  if (offset > m.size) {  // blocks at the end of the file don't know of the gap
+    imgPut(m);
+    m.blocks.clear();
+  }
+  m.size = std::max(m.size, offset + _length(n));
+  while (n > 0) {
+    const std::int64_t place = offset - offset % _length(blockSize);
+    const std::size_t from = static_cast<std::size_t>(offset - place);
+    const std::size_t here = std::min(n, blockSize - from);
+    if (Block* const b = held ? &_at(m, offset) : _find(m, place)) {
+      std::memcpy(b->bytes.data() + from, bytes, here);
+      b->size = std::max(b->size, from + here);
+      if (held) {
+        b->from = _isHeld(*b) ? std::min(b->from, from) : from;
+        b->to = std::max(b->to, from + here);
+      }
+    }
+    bytes += here;
+    offset += _length(here);
+    n -= here;
+  }
+}
+
+// Writes at once. What the host refused is taken back as far as it came.
+bool _writeThrough(Image& m, std::int64_t offset, const char* bytes, std::size_t n) {
+  if (OS_FileWrite(m.f, offset, bytes, n)) return true;
+  const std::int64_t inside = std::clamp<std::int64_t>(m.size - offset, 0, _length(n));
+  std::string old(static_cast<std::size_t>(inside), '\0');
+  if (imgRead(m, offset, old.data(), old.size())) OS_FileWrite(m.f, offset, old.data(), old.size());
+  if (offset + _length(n) > m.size && OS_FileSize(m.f) > m.size) OS_FileResize(m.f, m.size);
+  return false;
+}
+
+}  // namespace
+
+void imgOpen(Image& m, FileHandle f) {
+  m = Image{};
+  m.f = f;
+  m.waits = OS_Waits();
+  m.size = std::max<std::int64_t>(OS_FileSize(f), 0);
+}
+
+bool imgRead(Image& m, std::int64_t offset, char* bytes, std::size_t n) {
+  _refresh(m);
+  while (n > 0) {
+    const Block& b = _at(m, offset);
+    const std::size_t from = static_cast<std::size_t>(offset - b.place);
+    const std::size_t here = std::min(n, b.size - std::min(from, b.size));
+    if (here == 0) return false;
+    std::memcpy(bytes, b.bytes.data() + from, here);
+    bytes += here;
+    offset += _length(here);
+    n -= here;
+  }
+  return true;
+}
+
+bool imgHas(Image& m, std::int64_t offset, std::size_t n) {
+  _refresh(m);
+  return offset + _length(n) <= m.size;
+}
+
+bool imgWrite(Image& m, std::int64_t offset, const char* bytes, std::size_t n) {
+  _refresh(m);
+  if (m.refused || (!m.holds && !_writeThrough(m, offset, bytes, n))) return false;
+  _patch(m, offset, bytes, n, m.holds);
+  return !m.refused;
+}
+
+bool imgPut(Image& m) {
+  std::vector<Block*> held;
+  for (Block& b : m.blocks)
+    if (_isHeld(b)) held.push_back(&b);
+  std::sort(held.begin(), held.end(), [](auto* x, auto* y) { return x->place < y->place; });
+  for (Block* const b : held) _put(m, *b);
+  return !m.refused;
+}
+
+}  // namespace mox
