@@ -9,7 +9,13 @@ unsigned _waits = 0;
 
 bool (*g_mayChangeFile)(FileOp op) = nullptr;
 
+void (*g_beforeWait)() = nullptr;
+
+void OS_CountWait() {
+  if (g_beforeWait) g_beforeWait();
+  ++_waits;
+}
+
 unsigned OS_Waits() { return _waits; }
-void OS_CountWait() { ++_waits; }
 
 }  // namespace mox

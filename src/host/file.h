@@ -44,9 +44,11 @@ extern const std::string_view g_lineEnd;  // of the host's text files
 // is lost when another file takes its place.
 bool OS_FileIsPlainOwn(const std::string& path);
 
-// How often the program has waited for a person or another program, who may have changed files.
-unsigned OS_Waits();
+// The program is about to wait for a person or another program, who may change files meanwhile: the
+// hosts call OS_CountWait, which first calls g_beforeWait if it is set. OS_Waits tells how often.
 void OS_CountWait();
+unsigned OS_Waits();
+extern void (*g_beforeWait)();
 
 // A seam for tests, null in the program: asked before each change of a file; false lets it fail.
 enum class FileOp { make, write, resize, move };

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "host/file.h"
 #include "host/host.h"
 #include "lang/compile.h"
 #include "run/run.h"
@@ -45,6 +46,13 @@ void _sayError() {
   SayErr2();
 }
 
+void _promptLoop() {
+  std::printf("\n");
+  AppVersion();
+  std::printf("\nType 'HELP', 'HELP MOX', or a command.\n");
+  while (!g_quit) AskAndRun1Cmd();
+}
+
 }  // namespace
 
 void AppVersion() { std::printf("MOX Version %d.%02d.%05d\n", 2, 40, 299); }
@@ -72,6 +80,7 @@ void SessionInit() {
   AtClear();
   g_makeKey = MakeKey;
   dbInit();
+  g_beforeWait = dbRest;
   g_keyboardCommand = AskAndRun1Cmd;
   g_quit = 0;
   g_ended = false;
@@ -81,14 +90,11 @@ void SessionInit() {
 int moxmain(const std::string* program) {
   SessionInit();
   OS_CatchInterrupt();
-  if (program) {
+  if (program)
     RunMoxProg(*program);
-    return 0;
-  }
-  std::printf("\n");
-  AppVersion();
-  std::printf("\nType 'HELP', 'HELP MOX', or a command.\n");
-  while (!g_quit) AskAndRun1Cmd();
+  else
+    _promptLoop();
+  dbRest();
   return 0;
 }
 

@@ -25,10 +25,13 @@ bool _hasSlot(int area, int slot) {
   return area >= selectedArea && area < maxAreas && _slotInRange(slot);
 }
 
-// The key text of a value; a logical has none.
+// The key text of a value; a logical has none. A number is one whatever stands in its text.
 std::string _keyOf(std::string_view value) {
   if (value.empty() || value[0] == '"') return qs2s(value);
-  return GetTyp(value).type == 'L' ? std::string() : qs2s(value);
+  const ErrorSlot slot = TakeErr();
+  const char type = GetTyp(value).type;
+  PutErr(slot);
+  return type == 'L' ? std::string() : qs2s(value);
 }
 
 // Runs a key expression on the current record: 0 with its value, or -1. The run has the error slot
@@ -124,24 +127,26 @@ class ShownRow {
 };
 
 // The key of the stored record, of which none is needed when the record has no item.
-bool _keyBefore(KeyMove& m, const DbfTable& t, const std::string& row) {
+bool _keyBefore(KeyMove& m, const DbfTable& t, const std::string& row, bool isNew) {
   const FirstErr first;
   const ShownRow shown(t, row);
   if (dbKeyText(*m.x, m.before) == 0) return true;
-  if (ndxHasRno(*m.x, t.recno)) return false;
+  if (!isNew && ndxHasRno(*m.x, t.recno)) return false;
   m.out = false;
   TakeErr();
   return true;
 }
 
-// Makes the keys of the stored record and of the new one: false when one that is needed can't be
-// made. A record that was just added has none yet, and goes without one that can't be made.
+// Makes the keys of the stored record and then of the new one: false when one that is needed can't be
+// made. A record that was just added has no item yet, and gets none where its key can't be made.
 bool _makeKeys(DbfTable& t, std::vector<KeyMove>& moves, bool isNew) {
   const std::string before = dbfStored(t), after = t.row;
   for (KeyMove& m : moves) {
-    m.out = !isNew;
-    if (m.out && !_keyBefore(m, t, before)) return false;
-    const ShownRow shown(t, after);
+    if (!_keyBefore(m, t, before, isNew)) return false;
+    m.out &= !isNew;
+  }
+  const ShownRow shown(t, after);
+  for (KeyMove& m : moves) {
     m.in = dbKeyText(*m.x, m.after) == 0;
     if (!m.in && !isNew) return false;
   }

@@ -42,7 +42,7 @@ bool _dbfPut(DbfTable& t, long offset, const void* bytes, size_t n) {
 }
 
 void _dbfChanged(DbfTable& t) {
-  t.file->dirty = true;
+  t.dirty = true;
   t.seen = ++t.file->changes;
 }
 
@@ -186,16 +186,16 @@ bool _finish(DbfFile& f) {
 }
 
 // Writes the file anew, its length and the bytes behind the last record that is kept as they are,
-// and tells how many are kept: false when the host refuses. What lies beyond the file's end is
-// dropped; a record that the end cuts is filled with blanks.
-bool _packInto(DbfTable& t, Image& to, int& kept) {
+// and tells how many are kept, and the last record looked at: false when the host refuses. What
+// lies beyond the file's end is dropped; a record that the end cuts is filled with blanks.
+bool _packInto(DbfTable& t, Image& to, int& kept, std::string& row) {
   kept = 0;
-  std::string row;
+  std::string bytes;
   const auto copy = [&](std::int64_t from, std::int64_t end) {
-    for (; from < end; from += static_cast<std::int64_t>(row.size())) {
-      row.resize(static_cast<size_t>(std::min<std::int64_t>(end - from, blockSize)));
-      if (!imgRead(t.file->image, from, row.data(), row.size()) ||
-          !imgWrite(to, from, row.data(), row.size()))
+    for (; from < end; from += static_cast<std::int64_t>(bytes.size())) {
+      bytes.resize(static_cast<size_t>(std::min<std::int64_t>(end - from, blockSize)));
+      if (!imgRead(t.file->image, from, bytes.data(), bytes.size()) ||
+          !imgWrite(to, from, bytes.data(), bytes.size()))
         return false;
     }
     return true;
@@ -240,7 +240,7 @@ int dbfCreate(DbfTable& t, std::string_view filename) {
   t.name = filename;
   t.recno = 1;
   t.typ.fill('C');
-  t.eof = t.file->dirty = true;
+  t.eof = t.dirty = true;
   _dbfLayout(t);
   if (_dbfUpdHdr(t) && _dbfPutEndMark(t)) return 0;
   t = DbfTable{};
@@ -260,7 +260,7 @@ int dbfFld(DbfTable& t, int number, std::string_view name, char type, int width,
   t.file->rmax = 0;
   t.recno = 1;
   t.cols = std::max(t.cols, number);
-  t.eof = t.file->dirty = true;
+  t.eof = t.dirty = true;
   t.stale = false;
   _dbfLayout(t);
   return 0;
@@ -294,7 +294,7 @@ int dbfOpen(DbfTable& t, std::string_view filename, bool keep) {
 
 int dbfClose(DbfTable& t) {
   if (!t.file) return dbfClosed;
-  bool written = !t.file->dirty || _dbfUpdHdrDate(t);
+  bool written = !t.dirty || _dbfUpdHdrDate(t);
   written = written && _finish(*t.file);
   t = DbfTable{};
   return written ? 0 : dbfCantWrite;
@@ -425,10 +425,12 @@ int dbfPack(DbfTable& t) {
   if (NewFileOpen(made, t.file->use->path, true) != 0) return dbfCantWrite;
   imgOpen(image, made.f);
   image.holds = true;
-  if (!_packInto(t, image, kept) || !_takeOver(*t.file, made)) return dbfCantWrite;
+  std::string row = dbfRow(t);
+  if (!_packInto(t, image, kept, row) || !_takeOver(*t.file, made)) return dbfCantWrite;
   t.packed = t.file->rmax = kept;
   _dbfChanged(t);
   t.recno = 1;
+  dbfSetRow(t, row);
   if (kept > 0) _dbfRead(t);
   t.eof = kept == 0;
   return 0;

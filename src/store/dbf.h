@@ -66,7 +66,6 @@ struct DbfFile {
   Image image;
   int rmax = 0;               // record count
   std::array<int, 3> date{};  // day, month, year as read at open
-  bool dirty = false;         // changed since it was opened: dbfClose then writes the date
   bool kept = false;          // for this session alone
   unsigned changes = 0;       // of records, counted
   std::optional<FileUse> use;
@@ -91,6 +90,7 @@ struct DbfTable {
   bool stale = false;      // row is to be read before anyone looks at it
   bool changing = false;   // row is being changed and is nobody else's business
   unsigned seen = 0;       // the file's changes when row was read
+  bool dirty = false;      // this user changed the file: dbfClose then writes the date
   int packed = 0;          // records kept by the last dbfPack
   int limit = maxRecords;  // of dbfAppend; a sort raises it for its records behind the table
 };
