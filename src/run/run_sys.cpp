@@ -69,7 +69,9 @@ void OpDel(Operands& o) {
 }
 
 void OpRen(Operands& o) {
-  const std::string from = FnFind(qs2s(o.text())), to = FnFind(qs2s(o.text()));
+  const std::string from = FnFind(qs2s(o.text()));
+  std::string to = qs2s(o.text());
+  if (const std::string found = FnFind(to); !SameFile(found, from)) to = found;
   if (FileInUse(from) || !FileRename(from, to)) SetErr("RENAME FAILED", "");
 }
 

@@ -59,7 +59,7 @@ void OpPack(Operands&) {
   const FirstErr first;
   if (packed && g_opt[optTALK])
     std::printf("PACK COMPLETE, %05d RECORDS COPIED\n", dbRMAX(selectedArea));
-  if (dbReindex(g_opt[optTALK]) != 0) dbClrIndex(selectedArea);
+  if (dbReindex(g_opt[optTALK], true) != 0) dbClrShared(selectedArea);
 }
 
 }  // namespace mox

@@ -173,8 +173,9 @@ int _EdLines(Lines& lines) {
 }
 
 int MoxEd(const std::string& path) {
-  if (FileInUse(FnFind(path))) {
-    FileErr(fileInUse, path);
+  const std::string found = FnFind(path);
+  if (FileInUse(found) || (FileExists(found) && !FileOpen(found, "rb"))) {
+    FileErr(FileInUse(found) ? fileInUse : fileCantCreate, found);
     return -1;
   }
   Lines lines = ReadLines(path).value_or(Lines());

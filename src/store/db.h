@@ -134,8 +134,10 @@ int dbPack(int area);        // the caller then calls dbReindex
 // then have the new one. 0, or -1 after a report: the existing file is as it was. With talk it
 // prints its progress. The table ends at eof.
 int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk);
-// Rebuilds the indexes of the selected area from their key expressions: 0, or -1 after a report.
-int dbReindex(bool talk);
+// Rebuilds the indexes of the selected area from their key expressions, with everyUser those too
+// that other areas have open for its table: 0, or -1 after a report.
+int dbReindex(bool talk, bool everyUser = false);
+void dbClrShared(int area);  // closes the indexes of every area that has this one's table open
 
 // Whole tables. An empty list means all fields of the area.
 //

@@ -25,6 +25,50 @@ bool _hasSlot(int area, int slot) {
   return area >= selectedArea && area < maxAreas && _slotInRange(slot);
 }
 
+// The areas that have the table open.
+template <class Action>
+void _eachUser(const DbfTable& t, Action action) {
+  for (DbArea& a : db)
+    if (a.table.file == t.file) action(a);
+}
+
+// Shows a record's image to the key expressions: in each area that has the table open it stands in
+// the place of the area's own record.
+class ShownRow {
+ public:
+  ShownRow(const DbfTable& t, const std::string& row) { _show(t, row); }
+  ~ShownRow() {
+    for (Kept& k : kept_) {
+      k.user->row = std::move(k.row);
+      k.user->stale = k.stale;
+      k.user->changing = k.changing;
+    }
+  }
+  // The table's own record, where other areas have the table open too.
+  explicit ShownRow(DbfTable& t) {
+    int users = 0;
+    _eachUser(t, [&](DbArea&) { ++users; });
+    if (users > 1) _show(t, std::string(dbfRow(t)));
+  }
+  ShownRow(const ShownRow&) = delete;
+  ShownRow& operator=(const ShownRow&) = delete;
+
+ private:
+  void _show(const DbfTable& t, const std::string& row) {
+    _eachUser(t, [&](DbArea& a) {
+      DbfTable& user = a.table;
+      kept_.push_back({&user, std::exchange(user.row, row), std::exchange(user.stale, false),
+                       std::exchange(user.changing, true)});
+    });
+  }
+  struct Kept {
+    DbfTable* user;
+    std::string row;
+    bool stale, changing;
+  };
+  std::vector<Kept> kept_;
+};
+
 // The key text of a value; a logical has none. A number is one whatever stands in its text.
 std::string _keyOf(std::string_view value) {
   if (value.empty() || value[0] == '"') return qs2s(value);
@@ -68,13 +112,6 @@ struct KeyMove {
   bool out = true, in = true;  // has an item to take out; gets one
 };
 
-// The areas that have the table open.
-template <class Action>
-void _eachUser(const DbfTable& t, Action action) {
-  for (DbArea& a : db)
-    if (a.table.file == t.file) action(a);
-}
-
 // Every index that an area has open for the table, each file once.
 std::vector<KeyMove> _indexesOf(const DbfTable& t) {
   std::vector<KeyMove> moves;
@@ -96,36 +133,6 @@ int _eachIndex(std::vector<KeyMove>& moves, Op op) {
   return 0;
 }
 
-// Shows a record's image to the key expressions: in each area that has the table open it stands in
-// the place of the area's own record.
-class ShownRow {
- public:
-  ShownRow(const DbfTable& t, const std::string& row) {
-    _eachUser(t, [&](DbArea& a) {
-      DbfTable& user = a.table;
-      kept_.push_back({&user, std::exchange(user.row, row), std::exchange(user.stale, false),
-                       std::exchange(user.changing, true)});
-    });
-  }
-  ~ShownRow() {
-    for (Kept& k : kept_) {
-      k.user->row = std::move(k.row);
-      k.user->stale = k.stale;
-      k.user->changing = k.changing;
-    }
-  }
-  ShownRow(const ShownRow&) = delete;
-  ShownRow& operator=(const ShownRow&) = delete;
-
- private:
-  struct Kept {
-    DbfTable* user;
-    std::string row;
-    bool stale, changing;
-  };
-  std::vector<Kept> kept_;
-};
-
 // The key of the stored record, of which none is needed when the record has no item.
 bool _keyBefore(KeyMove& m, const DbfTable& t, const std::string& row, bool isNew) {
   const FirstErr first;
@@ -137,8 +144,8 @@ bool _keyBefore(KeyMove& m, const DbfTable& t, const std::string& row, bool isNe
   return true;
 }
 
-// Makes the keys of the stored record and then of the new one: false when one that is needed can't be
-// made. A record that was just added has no item yet, and gets none where its key can't be made.
+// Makes the keys of the stored record and then of the new one: false when one that is needed can't
+// be made. A record that was just added has no item yet, and gets none where its key can't be made.
 bool _makeKeys(DbfTable& t, std::vector<KeyMove>& moves, bool isNew) {
   const std::string before = dbfStored(t), after = t.row;
   for (KeyMove& m : moves) {
@@ -206,6 +213,7 @@ int _replace(int area, bool isNew) {
 // What INDEX ON needs of the first record's value. False after a report.
 bool _keyShape(const std::string& expr, Typ& typ) {
   const Key key = g_makeKey(expr);
+  const ShownRow shown(dbAreaOf(selectedArea).table);
   std::string value;
   if (key.compile() != 0 || key.run(value) != 0) SynErr(expr);
   if (errnum != errNone) return false;
@@ -227,6 +235,7 @@ int _addRecords(NdxFile& x, bool talk) {
   std::string value;
   for (; !dbEOF(selectedArea); dbSkip(selectedArea, 1)) {
     const ErrorSlot slot = TakeErr();
+    const ShownRow shown(dbAreaOf(selectedArea).table);
     const bool made = x.file->key.compile() == 0 && _runKey(x.file->key, value) == 0;
     if (errnum == errTold) return -1;
     PutErr(slot);
@@ -291,6 +300,7 @@ int dbKeyText(NdxFile& x, std::string& key) {
 
 int dbMasterTo(DbArea& a, int recno) {
   if (a.ndxs == 0 || !a.index[0].file) return 2;
+  const ShownRow shown(a.table);
   std::string key;
   const int made = dbKeyText(a.index[0], key);
   return made == 0 ? ndxFindRno(a.index[0], recno, key) : 2;
@@ -349,15 +359,23 @@ int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk) {
   return _build(made, std::string(expr), typ, talk);
 }
 
-int dbReindex(bool talk) {
+int dbReindex(bool talk, bool everyUser) {
   DbArea& a = dbAreaOf(selectedArea);
   const int ndxs = std::exchange(a.ndxs, 0);  // the moves go in natural order
+  Lines names;
+  for (int slot = 0; slot < ndxs; ++slot) names.push_back(dbNdxFn(selectedArea, slot));
+  const size_t own = names.size();
+  if (everyUser)
+    for (const KeyMove& m : _indexesOf(a.table))
+      if (std::find(names.begin(), names.end(), ndxGetFn(*m.x)) == names.end())
+        names.push_back(ndxGetFn(*m.x));
   ErrorSlot failed;
-  for (int slot = 0; slot < ndxs; ++slot) {
-    const std::string name = dbNdxFn(selectedArea, slot);
-    if (name.empty()) continue;
-    if (talk) std::printf("\nREINDEXING INDEX FILE - %s\n", name.c_str());
-    if (dbIndexOnTo(dbNdxExpr(selectedArea, slot), name, talk) == 0) continue;
+  for (size_t i = 0; i < names.size(); ++i) {
+    const std::shared_ptr<NdxPages> open = ndxFindOpen(names[i]);
+    if (names[i].empty() || !open) continue;
+    const bool tell = talk && i < own;
+    if (tell) std::printf("\nREINDEXING INDEX FILE - %s\n", names[i].c_str());
+    if (dbIndexOnTo(std::string(open->expr), names[i], tell) == 0) continue;
     const ErrorSlot error = TakeErr();
     if (failed.num == errNone) failed = error;
   }
@@ -365,6 +383,13 @@ int dbReindex(bool talk) {
   if (failed.num == errNone) return 0;
   PutErr(failed);
   return -1;
+}
+
+void dbClrShared(int area) {
+  _eachUser(dbAreaOf(area).table, [](DbArea& a) {
+    for (NdxFile& x : a.index) ndxClose(x);
+    a.ndxs = 0;
+  });
 }
 
 }  // namespace mox
