@@ -4,6 +4,10 @@
 # the same help for a plain installation.
 #   package.sh BUILD
 set -euo pipefail
+if ! command -v file >/dev/null; then
+  printf 'package: Skipped\nThe program file is missing, with which cpack makes a Debian package\n'
+  exit 77
+fi
 build=$(realpath "$1")
 tree=$(mktemp -d)
 trap 'rm -rf "$tree"' EXIT

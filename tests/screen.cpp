@@ -11,7 +11,7 @@
 #include <vterm.h>
 
 #include <chrono>
-#include <cstdlib>
+#include <system_error>
 #if __has_include(<pty.h>)
 #include <pty.h>
 #else
@@ -34,6 +34,20 @@ struct Screen::Terminal {
   VTerm* vt = vterm_new(kRows, kCols);
   VTermScreen* screen = vterm_obtain_screen(vt);
 
+  ~Terminal() {
+    if (pid > 0) {
+      kill(pid, SIGKILL);
+      waitpid(pid, nullptr, 0);
+    }
+    if (master >= 0) close(master);
+    if (slave >= 0) close(slave);
+    vterm_free(vt);
+  }
+  bool Open() {
+    winsize size{kRows, kCols, 0, 0};
+    return openpty(&master, &slave, nullptr, nullptr, &size) == 0 &&
+           fcntl(master, F_SETFL, O_NONBLOCK) == 0;
+  }
   // Feeds the emulator with what arrives within ms: false when nothing did.
   bool Read(int ms) {
     pollfd fd = {master, POLLIN, 0};
@@ -70,13 +84,11 @@ struct Screen::Terminal {
 Screen::Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir)
     : t_(std::make_unique<Terminal>()) {
   vterm_screen_reset(t_->screen, 1);
-  winsize size{kRows, kCols, 0, 0};
-  if (openpty(&t_->master, &t_->slave, nullptr, nullptr, &size) != 0) std::abort();
-  fcntl(t_->master, F_SETFL, O_NONBLOCK);
   std::vector<char*> argv{program.data()};
   for (auto& arg : args) argv.push_back(arg.data());
   argv.push_back(nullptr);
-  t_->pid = fork();
+  if (!t_->Open() || (t_->pid = fork()) < 0)
+    throw std::system_error(errno, std::generic_category(), "a program on a terminal");
   if (t_->pid == 0) {
     close(t_->master);
     if (login_tty(t_->slave) != 0 || chdir(dir.c_str()) != 0) _exit(126);
@@ -86,15 +98,9 @@ Screen::Screen(std::string program, std::vector<std::string> args, const std::fi
   Type("");
 }
 
-Screen::~Screen() {
-  if (t_->pid > 0) {
-    kill(t_->pid, SIGKILL);
-    waitpid(t_->pid, nullptr, 0);
-  }
-  close(t_->master);
-  close(t_->slave);
-  vterm_free(t_->vt);
-}
+Screen::~Screen() = default;
+
+bool Screen::Possible() { return Terminal().Open(); }
 
 void Screen::Type(const std::string& keys) {
   const auto end = Clock::now() + kLimit;

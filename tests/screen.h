@@ -9,6 +9,7 @@
 
 class Screen {
  public:
+  static bool Possible();  // false where no pseudo-terminal can be had
   Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir);
   ~Screen();
   Screen(const Screen&) = delete;

@@ -15,7 +15,7 @@ constexpr rlim_t kFileBytes = 256u << 20;  // a run that never stops printing st
 
 bool Redirect(const std::string& path, int mode, int stream) {
   const int file = open(path.c_str(), mode, 0600);
-  return file >= 0 && dup2(file, stream) >= 0 && close(file) == 0;
+  return file == stream || (file >= 0 && dup2(file, stream) >= 0 && close(file) == 0);
 }
 
 }  // namespace
@@ -28,12 +28,12 @@ std::string RunProgram(std::string program, std::vector<std::string> args,
   const pid_t pid = fork();
   if (pid < 0) return "the program can't be started";
   if (pid == 0) {
+    const rlimit limit{kFileBytes, kFileBytes};
     const int made = O_WRONLY | O_CREAT | O_TRUNC;
     if (!Redirect(streams / "in", O_RDONLY, 0) || !Redirect(streams / "out", made, 1) ||
-        !Redirect(streams / "err", made, 2) || chdir(dir.c_str()) < 0)
+        !Redirect(streams / "err", made, 2) || chdir(dir.c_str()) < 0 ||
+        setrlimit(RLIMIT_FSIZE, &limit) < 0)
       _exit(126);
-    const rlimit limit{kFileBytes, kFileBytes};
-    setrlimit(RLIMIT_FSIZE, &limit);
     alarm(kSeconds);  // goes on in the program
     execv(program.c_str(), argv.data());
     _exit(127);

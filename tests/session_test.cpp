@@ -1,9 +1,11 @@
-// Whole sessions, typed at the real program: one test for each file tests/sessions/*.txt.
+// Whole sessions, typed at the real program: one test for each case of tests/sessions/*.txt.
 //
 // A session file is text with directives, lines that begin with "== ". Lines before the first are
 // free comment; afterwards every line counts, to the blank, empty ones too.
 //
-//   == case TITLE         begins a case, in a fresh folder of its own that goes away with it.
+//   == case TITLE         begins a case, in a fresh folder of its own that goes away with it. The
+//                         test is called session.FILE / TITLE, with a comma for each of -:;#*? in
+//                         it.
 //   == file NAME          the lines that follow become that file, each with a line feed.
 //   == bytes NAME         pairs of hex digits, with blanks between, become that file.
 //   == copy PATH          copies a file (named from the repository's root) into the folder.
@@ -33,6 +35,7 @@
 #include <cstdlib>
 #include <map>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <vector>
 
@@ -131,51 +134,55 @@ const std::map<std::string, Outcome (*)(const Section&)> kDirectives = {
      [](const Section& s) { return Outcome("", fs::exists(s.file()) ? "there is one" : ""); }},
 };
 
-std::vector<Section> ReadSections(const std::string& path) {
-  std::vector<Section> sections;
+using Case = std::vector<Section>;  // begins with its title
+
+std::vector<Case> ReadCases(const fs::path& path) {
+  std::vector<Case> cases;
   std::ifstream in(path, std::ios::binary);
   std::string line;
   for (int number = 1; std::getline(in, line); ++number) {
     if (line.starts_with("== ")) {
       const size_t blank = std::min(line.find(' ', 3), line.size());
       const size_t rest = std::min(line.find_first_not_of(' ', blank), line.size());
-      sections.push_back({line.substr(3, blank - 3), line.substr(rest), number, ""});
-    } else if (!sections.empty()) {
-      sections.back().body += line + '\n';
+      const std::string word = line.substr(3, blank - 3);
+      if (cases.empty() || word == "case") cases.emplace_back();
+      cases.back().push_back({word, line.substr(rest), number, ""});
+    } else if (!cases.empty()) {
+      cases.back().back().body += line + '\n';
     }
   }
-  return sections;
-}
-
-void RunSession(const std::string& path) {
-  const auto sections = ReadSections(path);
-  ASSERT_TRUE(!sections.empty() && sections[0].word == "case") << path << ": begins no case";
-  for (auto s = sections.begin(); s != sections.end();) {
-    const std::string title = "case: " + s->rest;
-    const TempDir folder;
-    fs::create_directory("dir");
-    for (bool good = true; ++s != sections.end() && s->word != "case";) {
-      if (!good) continue;
-      const testing::ScopedTrace trace(path.c_str(), s->line, title);
-      const auto [want, got] = kDirectives.at(s->word)(*s);
-      EXPECT_EQ(want, got);
-      good = want == got;
-    }
-  }
+  return cases;
 }
 
 struct Session : testing::Test {
-  explicit Session(std::string path) : path_(std::move(path)) {}
-  void TestBody() override { RunSession(path_); }
-  const std::string path_;
+  Session(fs::path path, Case sections) : path_(std::move(path)), sections_(std::move(sections)) {}
+  void TestBody() override {
+    ASSERT_EQ(sections_[0].word, "case");
+    const TempDir folder;
+    fs::create_directory("dir");
+    for (auto s = sections_.begin() + 1; s != sections_.end() && !HasFailure(); ++s) {
+      const testing::ScopedTrace trace(path_.c_str(), s->line, "case: " + sections_[0].rest);
+      const auto [want, got] = kDirectives.at(s->word)(*s);
+      EXPECT_EQ(want, got);
+    }
+  }
+  const fs::path path_;
+  const Case sections_;
 };
 
+// A test's name is its title without the signs that mean something in a filter or a list of tests.
 const bool kRegistered = [] {
-  for (const auto& entry : fs::directory_iterator(fs::path(MOX_ROOT) / "tests/sessions")) {
-    if (entry.path().extension() != ".txt") continue;
-    const std::string path = entry.path();
-    testing::RegisterTest("session", entry.path().stem().c_str(), nullptr, nullptr, path.c_str(), 1,
-                          [path]() -> testing::Test* { return new Session(path); });
+  const std::regex signs("[-:;#*?]");
+  const fs::directory_iterator files(fs::path(MOX_ROOT) / "tests/sessions");
+  for (const fs::path& path : std::set<fs::path>(begin(files), end(files))) {
+    if (path.extension() != ".txt") continue;
+    for (const Case& sections : ReadCases(path)) {
+      const std::string name =
+          path.stem().string() + " / " + std::regex_replace(sections[0].rest, signs, ",");
+      testing::RegisterTest("session", name.c_str(), nullptr, nullptr, path.c_str(),
+                            sections[0].line,
+                            [=]() -> testing::Test* { return new Session(path, sections); });
+    }
   }
   return true;
 }();

@@ -5,18 +5,11 @@
 #if __has_include(<unistd.h>)
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <sstream>
 
 #include "session_run.h"
-
-static std::string Text(const std::filesystem::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
+#include "temp_dir.h"
 
 // What the program printed behind the banner, without screens.
 static std::string Printed(std::string out) {
@@ -30,11 +23,11 @@ static std::string Printed(std::string out) {
 }
 
 TEST(Readme, SessionsAreTrue) {
-  const auto base = std::filesystem::path(testing::TempDir()) / "mox-readme";
-  std::filesystem::create_directories(base / "dir");
+  const TempDir folder;
+  fs::create_directory("dir");
   const std::regex prompt(" {4}(\\. |> | \\d{3}(?= {5}|$)) *(.*)"), blanks(" +(?=\n)"),
       keys(" {4}\\| (.*?)( ?\\[Ctrl-W\\])?");
-  std::istringstream readme(Text(std::filesystem::path(MOX_ROOT) / "README.md") + "## end\n");
+  std::istringstream readme(Bytes(fs::path(MOX_ROOT) / "README.md") + "## end\n");
   std::string in, expected, line;
   int runs = 0;
   for (std::smatch m; std::getline(readme, line);) {
@@ -46,15 +39,14 @@ TEST(Readme, SessionsAreTrue) {
     } else if (!in.empty() && (line.starts_with("    ") || expected.ends_with("END\n"))) {
       expected += line.substr(std::min<size_t>(line.size(), 4)) + '\n';
     } else if (!in.empty() && line.starts_with("## ")) {
-      std::ofstream(base / "in") << in;
-      EXPECT_EQ(RunProgram(MOX_PROGRAM, {}, base / "dir", base), "") << in;
+      PutBytes("in", in);
+      EXPECT_EQ(RunProgram(MOX_PROGRAM, {}, "dir", ".") + Bytes("err"), "") << in;
       if (!in.ends_with("QUIT\n")) expected += ". \n";
-      EXPECT_EQ(std::regex_replace(Printed(Text(base / "out")), blanks, ""),
+      EXPECT_EQ(std::regex_replace(Printed(Bytes("out")), blanks, ""),
                 std::regex_replace(expected, blanks, ""));
       in.clear(), expected.clear(), ++runs;
     }
   }
   EXPECT_EQ(runs, 3);
-  std::filesystem::remove_all(base);
 }
 #endif

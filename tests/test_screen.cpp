@@ -27,6 +27,9 @@ struct Seen {
 
 class ScreenTest : public testing::Test {
  protected:
+  void SetUp() override {
+    if (!Screen::Possible()) GTEST_SKIP() << "No pseudo-terminal can be had here";
+  }
   void Start(const std::vector<std::string>& args = {}) {
     screen_ = std::make_unique<Screen>(MOX_PROGRAM, args, dir_.path);
   }
