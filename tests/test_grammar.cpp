@@ -9,7 +9,6 @@
 #include <regex>
 
 #include "lang/compile.h"
-#include "lang/mox_blk.h"
 #include "lang/mox_gmr.h"
 #include "session/error.h"
 #include "session/misc.h"
@@ -141,11 +140,11 @@ std::string Joined(const Lines& steps) {
 std::string Line(const std::string& source) {
   Tokens tokens;
   prog2tkn(source, maxTokens, tokens);
-  BlkInit();
+  CompileState state;
   errnum = errNone;
   int cursor = 0;
   std::string text;
-  if (!lrline(cursor, tokens, text)) return "no rule matches";
+  if (!lrline(state, cursor, tokens, text)) return "no rule matches";
   if (errnum != errNone) return *errmsg;
   if (cursor < tokens.count()) return "left over: " + tokens.texts[cursor];
   return Joined(split(rm_nl(text), "\n"));

@@ -123,8 +123,8 @@ struct Node {
 
 class Parse {
  public:
-  explicit Parse(const Tokens& tokens)
-      : tokens_(tokens), known_(ruleCount * (tokens.count() + 1), unknown) {}
+  Parse(CompileState& state, const Tokens& tokens)
+      : state_(state), tokens_(tokens), known_(ruleCount * (tokens.count() + 1), unknown) {}
 
   // Node of the rule's first row that matches at the cursor, or -1.
   int rule(Rule r, int cursor);
@@ -143,6 +143,7 @@ class Parse {
   void source(const Node& node, int item, std::string& text) const;
   int count(const Node& node, int item) const;
 
+  CompileState& state_;
   const Tokens& tokens_;
   std::vector<int> known_;  // node, none or unknown, by rule and cursor
   std::vector<Node> nodes_;
@@ -268,23 +269,23 @@ void Parse::render(int number, std::string& text) const {
         break;
       case Piece::source: source(node, p.number - 1, text); break;
       case Piece::count: text += std::to_string(count(node, p.number - 1)); break;
-      case Piece::BL: text += BlkBL(); break;
-      case Piece::LV: text += BlkLV(); break;
-      case Piece::loop: text += BlkBL(BlkLoop()); break;
-      case Piece::push: BlkPush(p.number); break;
-      case Piece::pop: BlkPop(p.number); break;
-      case Piece::check: BlkCheck(p.number); break;
-      case Piece::markElse: BlkElse(); break;
-      case Piece::nextBranch: BlkNext(); break;
+      case Piece::BL: text += BlkBL(state_); break;
+      case Piece::LV: text += BlkLV(state_); break;
+      case Piece::loop: text += BlkBL(BlkLoop(state_)); break;
+      case Piece::push: BlkPush(state_, static_cast<BlockType>(p.number)); break;
+      case Piece::pop: BlkPop(state_, static_cast<BlockType>(p.number)); break;
+      case Piece::check: BlkCheck(state_, static_cast<BlockType>(p.number)); break;
+      case Piece::markElse: BlkElse(state_); break;
+      case Piece::nextBranch: BlkNext(state_); break;
       case Piece::endThen:
-        if (!BlkHasElse()) text += "LBL " + BlkBL() + "1\n";
+        if (!BlkHasElse(state_)) text += "LBL " + BlkBL(state_) + "1\n";
         break;
     }
   }
 }
 
-int _compile(Rule rule, int& cursor, const Tokens& tokens, std::string& text) {
-  Parse parse(tokens);
+int _compile(Rule rule, CompileState& state, int& cursor, const Tokens& tokens, std::string& text) {
+  Parse parse(state, tokens);
   const int node = parse.rule(rule, cursor);
   if (node < 0) return 0;
   text.clear();
@@ -295,12 +296,12 @@ int _compile(Rule rule, int& cursor, const Tokens& tokens, std::string& text) {
 
 }  // namespace
 
-int lrline(int& cursor, const Tokens& tokens, std::string& text) {
-  return _compile(Rule::line, cursor, tokens, text);
+int lrline(CompileState& state, int& cursor, const Tokens& tokens, std::string& text) {
+  return _compile(Rule::line, state, cursor, tokens, text);
 }
 
-int lrexpr(int& cursor, const Tokens& tokens, std::string& text) {
-  return _compile(Rule::expr, cursor, tokens, text);
+int lrexpr(CompileState& state, int& cursor, const Tokens& tokens, std::string& text) {
+  return _compile(Rule::expr, state, cursor, tokens, text);
 }
 
 }  // namespace mox

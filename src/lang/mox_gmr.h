@@ -24,6 +24,7 @@
 #include <string>
 #include <vector>
 
+#include "lang/compile_state.h"
 #include "lang/mox_lex.h"
 
 namespace mox {
@@ -69,7 +70,7 @@ extern const std::vector<Alternative> g_grammar;
 // The entries: compile a statement line, or an expression, from the cursor on. On success the
 // cursor stands behind what was taken, text holds the steps, and the result is 1; otherwise
 // nothing changes and the result is 0.
-int lrline(int& cursor, const Tokens& tokens, std::string& text);
-int lrexpr(int& cursor, const Tokens& tokens, std::string& text);
+int lrline(CompileState& state, int& cursor, const Tokens& tokens, std::string& text);
+int lrexpr(CompileState& state, int& cursor, const Tokens& tokens, std::string& text);
 
 }  // namespace mox
