@@ -8,6 +8,7 @@
 #include "lang/mox_blk.h"
 #include "lang/mox_gmr.h"
 #include "lang/mox_lex.h"
+#include "lang/step.h"
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
@@ -16,8 +17,6 @@
 namespace mox {
 
 namespace {
-
-constexpr std::string_view marker = ":*";  // the step that stands for a statement's source
 
 bool _startsWith(std::string_view line, std::string_view word) {
   const size_t start = line.find_first_not_of(" \t");
@@ -62,7 +61,7 @@ void saySteps(const Lines& steps) {
 int _addSteps(std::string& text, const std::string& colon, size_t limit, Lines& steps) {
   for (std::string& step : split(rm_nl(text), "\n")) {
     if (steps.size() == limit) break;
-    if (step == marker) {
+    if (step == sourceMarker) {
       if (colon.empty()) continue;
       step = colon;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "lang/step.h"
 #include "session/misc.h"
 
 namespace mox {
@@ -15,6 +16,10 @@ constexpr std::string_view keywords[] = {
     "VAL",   "STR",   "FREEFILE", "EOF",  "RUN",   "DIR",    "SDIR", "RECNO", "DELETED",
     "TEST",  "TRIM",  "TYPE3",    "NEXT", "ALL",   "RECORD", "FOR",  "TO",
 };
+
+static_assert(std::all_of(std::begin(keywords), std::end(keywords),
+                          [](std::string_view word) { return word.size() < maxWord; }),
+              "the step of a function is = and its name");
 
 // True when the texts of two tokens, joined, are read as the same two tokens.
 bool _staysApart(const Tokens& tokens, int first) {
