@@ -21,6 +21,12 @@ static_assert(std::all_of(std::begin(keywords), std::end(keywords),
                           [](std::string_view word) { return word.size() < maxWord; }),
               "the step of a function is = and its name");
 
+// Whether the text is one of them, ignoring case.
+bool is_kw(std::string_view text) {
+  return std::any_of(std::begin(keywords), std::end(keywords),
+                     [text](std::string_view word) { return StrICmp(text, word) == 0; });
+}
+
 // True when the texts of two tokens, joined, are read as the same two tokens.
 bool _staysApart(const Tokens& tokens, int first) {
   Tokens again;
@@ -30,10 +36,7 @@ bool _staysApart(const Tokens& tokens, int first) {
 
 }  // namespace
 
-bool is_kw(std::string_view text) {
-  return std::any_of(std::begin(keywords), std::end(keywords),
-                     [text](std::string_view word) { return StrICmp(text, word) == 0; });
-}
+const std::span<const std::string_view> g_keywords = keywords;
 
 int prog2tkn(std::string_view text, int max, Tokens& tokens) {
   const int added = txt2tkn(text, max, tokens);
