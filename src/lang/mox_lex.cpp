@@ -19,7 +19,7 @@ constexpr std::string_view keywords[] = {
 
 static_assert(std::all_of(std::begin(keywords), std::end(keywords),
                           [](std::string_view word) { return word.size() < maxWord; }),
-              "the step of a function is = and its name");
+              "the step word of a function is = and its name, and it must not be cut");
 
 // Whether the text is one of them, ignoring case.
 bool is_kw(std::string_view text) {

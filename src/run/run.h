@@ -16,7 +16,6 @@
 #include <string_view>
 #include <vector>
 
-#include "lang/step.h"
 #include "run/operands.h"
 #include "session/misc.h"
 
