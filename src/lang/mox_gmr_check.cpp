@@ -40,7 +40,7 @@ std::string _tell(const Item& item) {
 std::string _tell(const Alternative& a) {
   std::string items;
   for (const Item& item : a.items) items += (items.empty() ? "" : ", ") + _tell(item);
-  return "{" + _tell(a.rule) + ", {" + items + "}}: ";
+  return StrFmt("{%s, {%s}}: ", _tell(a.rule).c_str(), items.c_str());
 }
 
 // --- The steps.
