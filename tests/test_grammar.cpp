@@ -9,8 +9,8 @@
 #include <regex>
 
 #include "lang/compile.h"
-#include "lang/mox_blk.h"
 #include "lang/mox_gmr.h"
+#include "run/run.h"
 #include "session/error.h"
 #include "session/misc.h"
 #include "session/strreplace.h"
@@ -141,11 +141,11 @@ std::string Joined(const Lines& steps) {
 std::string Line(const std::string& source) {
   Tokens tokens;
   prog2tkn(source, maxTokens, tokens);
-  BlkInit();
+  CompileState state;
   errnum = errNone;
   int cursor = 0;
   std::string text;
-  if (!lrline(cursor, tokens, text)) return "no rule matches";
+  if (!lrline(state, cursor, tokens, text)) return "no rule matches";
   if (errnum != errNone) return *errmsg;
   if (cursor < tokens.count()) return "left over: " + tokens.texts[cursor];
   return Joined(split(rm_nl(text), "\n"));
@@ -174,6 +174,36 @@ std::string File(const std::string& source, size_t limit = 1000) {
 }
 
 }  // namespace
+
+TEST(Grammar, TheTableIsSoundAndWrongRowsAreTold) {
+  EXPECT_EQ(GrammarFault(g_grammar, KnownStep), "");
+  const auto fault = [](const char* text, const char* absent = "PUSH 1\n") {
+    Item optional(Rule::expr);
+    optional.atLeast = 0;
+    optional.absent = absent;
+    const std::string told = GrammarFault({{Rule::expr, {tokNumber}, "PUSH $1\n"},
+                                           {Rule::fn, {tokIdentifier}, "-$1"},
+                                           {Rule::statement, {"TALLY", optional, Rule::fn}, text}},
+                                          KnownStep);
+    const std::string row = "{statement, {\"TALLY\", opt(expr), fn}}: ";
+    EXPECT_TRUE(told.empty() || told.starts_with(row)) << told;
+    return told.substr(std::min(told.size(), row.size()));
+  };
+  EXPECT_EQ(fault("{push if}:*\n$2PUSH A$3{src 2}\nJPF {BL}1\n{endthen}{pop if}"), "");
+  for (const char* piece : {"$4", "$0", "$12", "$", "{src 4}", "{count x}", "{count}", "{push 1}",
+                            "{pop iff}", "{check}", "{BL 1}", "{LB}", "{else", "{"})
+    EXPECT_EQ(fault(("$2PR\n" + std::string(piece)).c_str()),
+              std::string(piece) + " means nothing");
+  for (const char* step :
+       {"LISST", "PRLN2 $", "EXPRESSIONS", "CMP LS", "CMP $", "PUSH$", "$PR", ""})
+    EXPECT_EQ(fault(("$2" + str_replace(step, "$", "$3") + "\n").c_str()),
+              std::string(step) + " is no step");
+  EXPECT_EQ(fault("PUSH $2\nPR\n"), "PUSH $ is no step");
+  EXPECT_EQ(fault("$2PR"), "PR has no line feed behind it");
+  EXPECT_EQ(fault("$2PR\n", "PUSH 1"), "PUSH 1 has no line feed behind it");
+  EXPECT_EQ(GrammarFault({{Rule::go2, {Rule::expr}, "$1"}}, KnownStep),
+            "{go2, {expr}}: expr has no row");
+}
 
 TEST(Grammar, Statements) { CheckRows(statements, Line, ""); }
 

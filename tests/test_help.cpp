@@ -1,13 +1,17 @@
 // The help file: its form, that every name in it leads to a topic, and that its examples are right.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <regex>
 #include <set>
 
 #include "lang/compile.h"
 #include "lang/mox_gmr.h"
+#include "lang/mox_lex.h"
+#include "run/run.h"
 #include "run/run_expr.h"
 #include "session/error.h"
 #include "session/misc.h"
@@ -26,12 +30,13 @@ using Topics = std::map<std::string, Lines>;
 
 // The topics with their lines, control columns included. Reports heads that come twice.
 Topics ReadHelp() {
+  static const std::regex form("|[ W#]|[ W#].{0,77}[^ ]");
   std::ifstream in(MOX_ROOT "/moxhelp.txt");
   EXPECT_TRUE(in);
   Topics topics;
   Lines* body = nullptr;
   for (std::string line; std::getline(in, line);) {
-    EXPECT_TRUE(std::regex_match(line, std::regex("|[ W#]|[ W#].{0,77}[^ ]"))) << line;
+    EXPECT_TRUE(std::regex_match(line, form)) << line;
     if (line[0] == '#') {
       const auto [topic, isNew] = topics.try_emplace(line.substr(1));
       EXPECT_TRUE(isNew) << line;
@@ -65,6 +70,13 @@ Lines Names(const Lines& list) {
   return names;
 }
 
+// What one of the two lacks.
+Lines Difference(const std::set<std::string>& a, const std::set<std::string>& b) {
+  Lines names;
+  std::set_symmetric_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(names));
+  return names;
+}
+
 std::string TopicOf(const std::string& name) { return str_replace(name, " ", "-"); }
 
 }  // namespace
@@ -84,8 +96,9 @@ TEST(Help, EachNameHasATopic) {
   const Lines& main = topics.at("MAIN");
   EXPECT_LE(main.size(), screenLines);
   std::set<std::string> wanted, listed;
+  const std::regex groupLine(" [A-Z][a-z]+: +.*");
   for (const std::string& line : main)
-    if (std::regex_match(line, std::regex(" [A-Z][a-z]+: +.*")) && line.size() > listColumn)
+    if (std::regex_match(line, groupLine) && line.size() > listColumn)
       for (const std::string& name : Names({line.substr(listColumn)})) listed.insert(TopicOf(name));
   EXPECT_GT(listed.size(), 80u);
   for (const Alternative& a : g_grammar) {
@@ -112,6 +125,30 @@ TEST(Help, EachNameHasATopic) {
   for (const std::string& topic : wanted) EXPECT_TRUE(topics.count(topic)) << topic;
   for (const auto& [topic, body] : topics)
     EXPECT_TRUE(topic == "MAIN" || wanted.count(topic)) << topic;
+}
+
+TEST(Help, EachFunctionIsListedAndTold) {
+  const Topics topics = ReadHelp();
+  std::set<std::string> functions, listed, told, reserved;
+  for (const StepEntry& e : g_steps)
+    if (e.word[0] == '=' && e.word != "=EVAL") functions.emplace(e.word.substr(1));
+  const std::regex call("([A-Z0-9]+)\\(\\)"), head("[ W](?:[A-Z]+ +)?([A-Z0-9]+)\\(.*");
+  for (const auto& [topic, body] : topics)
+    for (const std::string& line : body) {
+      std::smatch parts;
+      if (topic == "FUNCTIONS" && line.starts_with("   "))
+        for (std::sregex_iterator it(line.begin(), line.end(), call), end; it != end; ++it)
+          listed.insert(it->str(1));
+      else if (topic.starts_with("FUNCTIONS-") && std::regex_match(line, parts, head))
+        told.insert(parts[1]);
+    }
+  EXPECT_EQ(Difference(listed, functions), Lines());
+  EXPECT_EQ(Difference(told, functions), Lines());
+  for (const std::string& line : topics.at("NAMES"))
+    if (std::regex_match(line, std::regex("   [A-Z0-9 ]+")))
+      for (const std::string& word : split(line.substr(3), "  ")) reserved.insert(word);
+  EXPECT_EQ(Difference(reserved, {g_keywords.begin(), g_keywords.end()}), Lines());
+  for (const std::string& name : functions) EXPECT_TRUE(reserved.count(name)) << name;
 }
 
 TEST(Help, ExamplesAreRight) {

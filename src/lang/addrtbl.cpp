@@ -1,21 +1,14 @@
 #include "lang/addrtbl.h"
 
-#include <string>
-#include <unordered_map>
-
 namespace mox {
 
-namespace {
-std::unordered_map<std::string, int> at;
-}
+void ATClear(CompileState& state) { state.at.clear(); }
 
-void ATClear() { at.clear(); }
+void ATAdd(CompileState& state, std::string_view label, int step) { state.at.emplace(label, step); }
 
-void ATAdd(std::string_view label, int step) { at.emplace(label, step); }
-
-int ATLookup(std::string_view label) {
-  const auto found = at.find(std::string(label));
-  return found == at.end() ? -1 : found->second;
+int ATLookup(const CompileState& state, std::string_view label) {
+  const auto found = state.at.find(std::string(label));
+  return found == state.at.end() ? -1 : found->second;
 }
 
 }  // namespace mox

@@ -1,12 +1,14 @@
 #include "lang/compile.h"
 
 #include <cstdio>
+#include <utility>
 
 #include "lang/addrtbl.h"
+#include "lang/compile_state.h"
 #include "lang/mox_blk.h"
 #include "lang/mox_gmr.h"
 #include "lang/mox_lex.h"
-#include "lang/source.h"
+#include "lang/step.h"
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
@@ -15,8 +17,6 @@
 namespace mox {
 
 namespace {
-
-constexpr std::string_view marker = ":*";  // the step that stands for a statement's source
 
 bool _startsWith(std::string_view line, std::string_view word) {
   const size_t start = line.find_first_not_of(" \t");
@@ -27,69 +27,7 @@ bool _isRem(std::string_view line) { return _startsWith(line, "*") || _startsWit
 bool _isText(std::string_view line) { return _startsWith(line, "TEXT"); }
 bool _isEndText(std::string_view line) { return _startsWith(line, "ENDTEXT"); }
 
-void _sayTokens(std::string_view line, const Tokens& tokens, int from) {
-  std::printf("\n   %.*s\n", static_cast<int>(line.size()), line.data());
-  for (int i = from; i < tokens.count(); ++i)
-    std::printf("%2d:%2d,%s\n", i, tokens.kinds[i], tokens.texts[i].c_str());
-}
-
-// Cuts the text into steps behind those of the list, the marker replaced by colon or, when that
-// is empty, left out: cmpFailed when the list then holds limit steps.
-int _addSteps(std::string& text, const std::string& colon, size_t limit, Lines& steps) {
-  for (std::string& step : split(rm_nl(text), "\n")) {
-    if (steps.size() == limit) break;
-    if (step == marker) {
-      if (colon.empty()) continue;
-      step = colon;
-    }
-    steps.push_back(std::move(step));
-  }
-  if (steps.size() < limit) return cmpDone;
-  SetErr("OUT OF MEMORY", "");
-  return cmpFailed;
-}
-
-// One line of the source. Tokens of a line that is continued stay in tokens for the next.
-int _compileLine(bool isFile, const std::string& line, Tokens& tokens, size_t limit, Lines& steps) {
-  const int before = tokens.count();
-  std::string colon;
-  if (isFile && before == 0) colon = ": " + line;
-  prog2tkn(line, maxTokens, tokens);
-  if (g_opt[optC0]) _sayTokens(line, tokens, before);
-  const int last = tokens.count() - 1;
-  if (last >= before && tokens.kinds[last] == tokOperator && tokens.texts[last] == ";") {
-    tokens.drop();
-    return cmpDone;
-  }
-
-  const Tokens statement = std::move(tokens);
-  tokens = Tokens();
-  int cursor = 0;
-  std::string text;
-  if (!lrline(cursor, statement, text) || errnum) {
-    fail("");
-    return cmpFailed;
-  }
-  if (cursor < statement.count() && statement.texts[cursor] != "'") {
-    fail("");
-    return cmpLeftOver;
-  }
-  return _addSteps(text, colon, limit, steps);
-}
-
-// SETP name, rows, columns
-void _doSetP(std::string_view operands) {
-  std::string word[3];
-  for (std::string& w : word) operands.remove_prefix(GetWordX(operands, 20, w));
-  VarDim(strUpper(word[0]), TxtToInt(word[1]), TxtToInt(word[2]));
-}
-
-bool _hasPrefix(const std::string& step, std::string_view prefix) {
-  return step.compare(0, prefix.size(), prefix) == 0;
-}
-
-}  // namespace
-
+// Turns the TEXT blocks into print statements: 0, or cmpOpen when one is open at the end.
 int preprocess(Lines& lines) {
   int open = -1;
   for (int i = 0; i < static_cast<int>(lines.size()); ++i) {
@@ -105,54 +43,80 @@ int preprocess(Lines& lines) {
   return open < 0 ? 0 : cmpOpen;
 }
 
-int doCompile(bool isFile, Lines& lines, size_t limit, Lines& steps) {
-  if (preprocess(lines) != 0) return cmpOpen;
-  steps.clear();
-  BlkInit();
-  errnum = errNone;
-  Tokens tokens;
-  for (size_t i = 0; i < lines.size() && !errnum; ++i) {
-    if (_isRem(lines[i]) || isBlank(lines[i])) continue;
-    curline = lines[i];
-    curlineno = static_cast<int>(i);
-    if (int result = _compileLine(isFile, lines[i], tokens, limit, steps)) return result;
+void _sayTokens(std::string_view line, const Tokens& tokens, int from) {
+  std::printf("\n   %.*s\n", static_cast<int>(line.size()), line.data());
+  for (int i = from; i < tokens.count(); ++i)
+    std::printf("%2d:%2d,%s\n", i, tokens.kinds[i], tokens.texts[i].c_str());
+}
+
+// Prints a list, numbered, and an empty line.
+void saySteps(const Lines& steps) {
+  int i = 0;
+  for (const std::string& step : steps) std::printf("%05d: %s\n", i++, step.c_str());
+  std::printf("\n");
+}
+
+// Cuts the text into steps behind those of the list, the marker replaced by colon or, when that
+// is empty, left out: cmpFailed when the list then holds limit steps.
+int _addSteps(std::string& text, const std::string& colon, size_t limit, Lines& steps) {
+  for (std::string& step : split(rm_nl(text), "\n")) {
+    if (steps.size() == limit) break;
+    if (step == sourceMarker) {
+      if (colon.empty()) continue;
+      step = colon;
+    }
+    steps.push_back(std::move(step));
   }
-  if (BlkDepth() > 0) return cmpOpen;
-  steps.emplace_back("END");
-  if (g_opt[optC1]) saySteps(steps);
-  Pass1(steps);
-  for (auto [prefix, newPrefix] : {std::pair("JP ", "JP "), std::pair("JPF ", "JPF "),
-                                   std::pair("CALL ", "CALL "), std::pair("PUSHA ", "PUSH ")})
-    Pass2(prefix, newPrefix, steps);
-  ATClear();
-  if (g_opt[optC2]) saySteps(steps);
-  return errnum;
+  if (steps.size() < limit) return cmpDone;
+  SetErr("OUT OF MEMORY", "");
+  return cmpFailed;
 }
 
-int doEval(std::string_view text, size_t limit, Lines& steps) {
-  steps.clear();
-  if (isBlank(text)) return cmpDone;
-  curline = text;
-  curlineno = 0;
-  errnum = errNone;
-  Tokens tokens;
-  prog2tkn(text, maxTokens, tokens);
+// The current line of the source. Tokens of a line that is continued stay in tokens for the next.
+int _compileLine(CompileState& state, bool isFile, Tokens& tokens, size_t limit, Lines& steps) {
+  const int before = tokens.count();
+  std::string colon;
+  if (isFile && before == 0) colon = ": " + std::string(state.curline);
+  prog2tkn(state.curline, maxTokens, tokens);
+  if (g_opt[optC0]) _sayTokens(state.curline, tokens, before);
+  const int last = tokens.count() - 1;
+  if (last >= before && tokens.kinds[last] == tokOperator && tokens.texts[last] == ";") {
+    tokens.drop();
+    return cmpDone;
+  }
+
+  const Tokens statement = std::exchange(tokens, {});
   int cursor = 0;
-  std::string made;
-  if (!lrexpr(cursor, tokens, made) || errnum) return cmpFailed;
-  if (cursor < tokens.count()) return cmpLeftOver;
-  if (int result = _addSteps(made, "", limit, steps)) return result;
-  steps.emplace_back("END");
-  if (g_opt[optC1] || g_opt[optC2]) saySteps(steps);
-  return errnum;
+  std::string text;
+  if (!lrline(state, cursor, statement, text) || errnum) {
+    fail(state, "");
+    return cmpFailed;
+  }
+  if (cursor < statement.count() && statement.texts[cursor] != "'") {
+    fail(state, "");
+    return cmpLeftOver;
+  }
+  return _addSteps(text, colon, limit, steps);
 }
 
-void Pass1(Lines& steps) {
-  ATClear();
+// SETP name, rows, columns. No statement makes this step.
+void _doSetP(std::string_view operands) {
+  std::string word[3];
+  for (std::string& w : word) operands.remove_prefix(GetWordX(operands, 20, w));
+  VarDim(strUpper(word[0]), TxtToInt(word[1]), TxtToInt(word[2]));
+}
+
+bool _hasPrefix(const std::string& step, std::string_view prefix) {
+  return step.compare(0, prefix.size(), prefix) == 0;
+}
+
+// Takes the labels out of the list and notes them, and declares arrays.
+void Pass1(CompileState& state, Lines& steps) {
+  ATClear(state);
   size_t to = 0;
   for (std::string& step : steps) {
     if (_hasPrefix(step, "LBL ")) {
-      ATAdd(dlb(std::string_view(step).substr(4)), static_cast<int>(to));
+      ATAdd(state, dlb(std::string_view(step).substr(4)), static_cast<int>(to));
     } else if (_hasPrefix(step, "SETP ")) {
       _doSetP(std::string_view(step).substr(5));
     } else {
@@ -162,11 +126,14 @@ void Pass1(Lines& steps) {
   steps.resize(to);
 }
 
-void Pass2(std::string_view prefix, std::string_view newPrefix, Lines& steps) {
+// Replaces prefix and label by the new prefix and the label's step number. No statement makes CALL
+// or PUSHA, nor the labels that begin with L.
+void Pass2(const CompileState& state, std::string_view prefix, std::string_view newPrefix,
+           Lines& steps) {
   for (std::string& step : steps) {
     if (!_hasPrefix(step, prefix)) continue;
     const std::string label(dlb(std::string_view(step).substr(prefix.size())));
-    const int target = ATLookup(label);
+    const int target = ATLookup(state, label);
     if (target < 0) {
       std::printf("  PASS2 ERROR: ");
       if (label[0] == 'L')
@@ -180,10 +147,47 @@ void Pass2(std::string_view prefix, std::string_view newPrefix, Lines& steps) {
   }
 }
 
-void saySteps(const Lines& steps) {
-  int i = 0;
-  for (const std::string& step : steps) std::printf("%05d: %s\n", i++, step.c_str());
-  std::printf("\n");
+}  // namespace
+
+int doCompile(bool isFile, Lines& lines, size_t limit, Lines& steps) {
+  if (preprocess(lines) != 0) return cmpOpen;
+  steps.clear();
+  errnum = errNone;
+  CompileState state;
+  Tokens tokens;
+  for (size_t i = 0; i < lines.size() && !errnum; ++i) {
+    if (_isRem(lines[i]) || isBlank(lines[i])) continue;
+    state.curline = lines[i];
+    state.curlineno = static_cast<int>(i);
+    if (int result = _compileLine(state, isFile, tokens, limit, steps)) return result;
+  }
+  if (BlkDepth(state) > 0) return cmpOpen;
+  steps.emplace_back("END");
+  if (g_opt[optC1]) saySteps(steps);
+  Pass1(state, steps);
+  for (auto [prefix, newPrefix] : {std::pair("JP ", "JP "), std::pair("JPF ", "JPF "),
+                                   std::pair("CALL ", "CALL "), std::pair("PUSHA ", "PUSH ")})
+    Pass2(state, prefix, newPrefix, steps);
+  if (g_opt[optC2]) saySteps(steps);
+  return errnum;
+}
+
+int doEval(std::string_view text, size_t limit, Lines& steps) {
+  steps.clear();
+  if (isBlank(text)) return cmpDone;
+  errnum = errNone;
+  CompileState state;
+  state.curline = text;
+  Tokens tokens;
+  prog2tkn(text, maxTokens, tokens);
+  int cursor = 0;
+  std::string made;
+  if (!lrexpr(state, cursor, tokens, made) || errnum) return cmpFailed;
+  if (cursor < tokens.count()) return cmpLeftOver;
+  if (int result = _addSteps(made, "", limit, steps)) return result;
+  steps.emplace_back("END");
+  if (g_opt[optC1] || g_opt[optC2]) saySteps(steps);
+  return errnum;
 }
 
 }  // namespace mox

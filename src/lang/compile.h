@@ -3,7 +3,7 @@
 // It drops comments, turns TEXT blocks into print statements, joins lines that end in ";", hands
 // each statement's tokens to the grammar, cuts the text that comes back into steps, and resolves
 // the labels of the blocks to step numbers. A step is a line of text: a word and, behind a blank,
-// an operand. A list ends in the step END. Compiling never runs anything, and it isn't re-entrant.
+// an operand. A list ends in the step END. Compiling never runs anything.
 #pragma once
 
 #include <string>
@@ -28,16 +28,5 @@ int doCompile(bool isFile, Lines& lines, size_t limit, Lines& steps);
 // Compiles one expression: cmpDone, cmpFailed or cmpLeftOver, without a message of its own but
 // "OUT OF MEMORY" at the limit. A blank text is done with an empty list, which can't be run.
 int doEval(std::string_view text, size_t limit, Lines& steps);
-
-// Turns the TEXT blocks into print statements: 0, or cmpOpen when one is open at the end.
-int preprocess(Lines& lines);
-
-// Takes the labels out of the list and notes them, and declares arrays.
-void Pass1(Lines& steps);
-// Replaces prefix and label by the new prefix and the label's step number.
-void Pass2(std::string_view prefix, std::string_view newPrefix, Lines& steps);
-
-// Prints a list, numbered, and an empty line.
-void saySteps(const Lines& steps);
 
 }  // namespace mox

@@ -14,22 +14,7 @@ size_t _skipDigits(std::string_view text, size_t i) {
   return i;
 }
 
-}  // namespace
-
-void Tokens::add(int kind, std::string_view text) {
-  kinds.back() = kind;
-  texts.back() = text;
-  kinds.push_back(tokEnd);
-  texts.emplace_back();
-}
-
-void Tokens::drop() {
-  kinds.pop_back();
-  texts.pop_back();
-  kinds.back() = tokEnd;
-  texts.back().clear();
-}
-
+// Length of the token of one class that begins the text, 0 if none does.
 size_t txtIsSTR(std::string_view text) {
   if (text.empty() || text[0] != '"') return 0;
   for (size_t i = 1; i < text.size(); ++i) {
@@ -68,15 +53,30 @@ size_t txtIsOP(std::string_view text) {
   return 0;
 }
 
+// In the order in which they are tried.
+constexpr struct {
+  int kind;
+  size_t (*length)(std::string_view);
+} classes[] = {
+    {tokString, txtIsSTR}, {tokNumber, txtIsNUM}, {tokIdentifier, txtIsID}, {tokOperator, txtIsOP}};
+
+}  // namespace
+
+void Tokens::add(int kind, std::string_view text) {
+  kinds.back() = kind;
+  texts.back() = text;
+  kinds.push_back(tokEnd);
+  texts.emplace_back();
+}
+
+void Tokens::drop() {
+  kinds.pop_back();
+  texts.pop_back();
+  kinds.back() = tokEnd;
+  texts.back().clear();
+}
+
 int txt2tkn(std::string_view text, int max, Tokens& tokens) {
-  struct TokenClass {
-    int kind;
-    size_t (*length)(std::string_view);
-  };
-  static constexpr TokenClass classes[] = {{tokString, txtIsSTR},
-                                           {tokNumber, txtIsNUM},
-                                           {tokIdentifier, txtIsID},
-                                           {tokOperator, txtIsOP}};
   const int before = tokens.count();
   while (tokens.count() < max) {
     size_t blanks = text.find_first_not_of(" \t\r");
@@ -84,7 +84,7 @@ int txt2tkn(std::string_view text, int max, Tokens& tokens) {
     text.remove_prefix(blanks);
     int kind = text[0] == '\n' ? tokLineFeed : tokOperator;
     size_t length = 0;
-    for (const TokenClass& c : classes) {
+    for (const auto& c : classes) {
       length = c.length(text);
       if (length == 0) continue;
       kind = c.kind;

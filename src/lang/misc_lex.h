@@ -43,12 +43,6 @@ struct Tokens {
   void drop();  // takes the last token away
 };
 
-// Length of the token of one class that begins the text, 0 if none does.
-size_t txtIsSTR(std::string_view text);
-size_t txtIsNUM(std::string_view text);
-size_t txtIsID(std::string_view text);
-size_t txtIsOP(std::string_view text);
-
 // Adds the tokens of the text behind those that are there, until there are max in all; tokens
 // beyond that are dropped. Returns how many were added.
 int txt2tkn(std::string_view text, int max, Tokens& tokens);

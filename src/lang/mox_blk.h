@@ -17,27 +17,26 @@
 
 #include <string>
 
-namespace mox {
+#include "lang/compile_state.h"
 
-constexpr int maxBlocks = 20;  // open at once
+namespace mox {
 
 enum BlockType { blkIf = 1, blkLoop = 3, blkCase = 5 };
 
-void BlkInit();
-int BlkDepth();
+int BlkDepth(const CompileState& state);
 // Number of the nearest open loop, from the top down; without one it reports and returns 0.
-int BlkLoop();
+int BlkLoop(const CompileState& state);
 
 // The actions of the grammar. A wrong one reports through fail and does what it can.
-void BlkPush(int type);
-void BlkPop(int type);
-void BlkCheck(int type);  // reports unless a block of the type is on top
-void BlkElse();           // notes that the top block's false path has its label
-void BlkNext();           // counts a branch of the top block
-bool BlkHasElse();        // also true with no block open
+void BlkPush(CompileState& state, BlockType type);
+void BlkPop(CompileState& state, BlockType type);
+void BlkCheck(const CompileState& state, BlockType type);  // reports unless such a block is on top
+void BlkElse(CompileState& state);           // notes that the top block's false path has its label
+void BlkNext(CompileState& state);           // counts a branch of the top block
+bool BlkHasElse(const CompileState& state);  // also true with no block open
 
-std::string BlkBL();  // of the top block, or of number 0
+std::string BlkBL(const CompileState& state);  // of the top block, or of number 0
 std::string BlkBL(int number);
-std::string BlkLV();
+std::string BlkLV(const CompileState& state);
 
 }  // namespace mox

@@ -6,102 +6,14 @@
 
 #include "lang/mox_gmr.h"
 
-#include <cstdlib>
-#include <string_view>
-
-#include "lang/mox_blk.h"
+#include "lang/mox_gmr_table.h"
 
 namespace mox {
 
 namespace {
 
-constexpr int ruleCount = static_cast<int>(Rule::ruleCount);
-
-// --- The table, prepared: rows by rule, texts cut into pieces.
-
-enum class Piece {
-  text,
-  item,
-  source,
-  count,
-  BL,
-  LV,
-  loop,
-  push,
-  pop,
-  check,
-  markElse,
-  nextBranch,
-  endThen
-};
-
-struct TextPiece {
-  Piece kind;
-  int number = 0;         // of the item, or the block type of an action
-  std::string_view text;  // Piece::text
-};
-
-struct Row {
-  const Alternative* alternative;
-  std::vector<TextPiece> pieces;
-  bool acts = false;  // changes the block stack
-};
-
-struct Grammar {
-  std::vector<Row> rows[ruleCount];
-  Grammar();
-};
-
-TextPiece _command(std::string_view name) {
-  struct Command {
-    std::string_view name;
-    Piece kind;
-  };
-  static constexpr Command commands[] = {
-      {"src", Piece::source},      {"count", Piece::count},     {"BL", Piece::BL},
-      {"LV", Piece::LV},           {"loop", Piece::loop},       {"push", Piece::push},
-      {"pop", Piece::pop},         {"check", Piece::check},     {"else", Piece::markElse},
-      {"next", Piece::nextBranch}, {"endthen", Piece::endThen},
-  };
-  int number = 0;
-  if (const size_t blank = name.find(' '); blank != name.npos) {
-    number = name[blank + 1] - '0';
-    name = name.substr(0, blank);
-  }
-  for (const Command& c : commands)
-    if (c.name == name) return {c.kind, number, {}};
-  std::abort();  // the table is wrong
-}
-
-std::vector<TextPiece> _cutText(std::string_view text) {
-  std::vector<TextPiece> pieces;
-  while (!text.empty()) {
-    if (text[0] == '$') {
-      pieces.push_back({Piece::item, text[1] - '0', {}});
-      text.remove_prefix(2);
-    } else if (text[0] == '{') {
-      const size_t end = text.find('}');
-      pieces.push_back(_command(text.substr(1, end - 1)));
-      text.remove_prefix(end + 1);
-    } else {
-      const size_t length = std::min(text.find_first_of("${"), text.size());
-      pieces.push_back({Piece::text, 0, text.substr(0, length)});
-      text.remove_prefix(length);
-    }
-  }
-  return pieces;
-}
-
-Grammar::Grammar() {
-  for (const Alternative& a : g_grammar) {
-    Row row{&a, _cutText(a.text)};
-    for (const TextPiece& p : row.pieces) row.acts |= p.kind >= Piece::push;
-    rows[static_cast<int>(a.rule)].push_back(std::move(row));
-  }
-}
-
 const Grammar& _grammar() {
-  static const Grammar grammar;
+  static const Grammar grammar(g_grammar);
   return grammar;
 }
 
@@ -116,15 +28,15 @@ struct Match {
 
 // A matched row; its matches are consecutive.
 struct Node {
-  const Row* row;
+  const GrammarRow* row;
   int to;
   int firstMatch, matchCount;
 };
 
 class Parse {
  public:
-  explicit Parse(const Tokens& tokens)
-      : tokens_(tokens), known_(ruleCount * (tokens.count() + 1), unknown) {}
+  Parse(CompileState& state, const Tokens& tokens)
+      : state_(state), tokens_(tokens), known_(ruleCount * (tokens.count() + 1), unknown) {}
 
   // Node of the rule's first row that matches at the cursor, or -1.
   int rule(Rule r, int cursor);
@@ -136,13 +48,14 @@ class Parse {
   static constexpr int unknown = -2;
   static constexpr int none = -1;
 
-  bool row(const Row& row, int cursor, Node& node);
+  bool row(const GrammarRow& row, int cursor, Node& node);
   bool once(const Item& item, int& cursor, Match& match);
   bool endWord(const Item& item, int cursor) const;
   void renderItem(const Node& node, int item, std::string& text) const;
   void source(const Node& node, int item, std::string& text) const;
   int count(const Node& node, int item) const;
 
+  CompileState& state_;
   const Tokens& tokens_;
   std::vector<int> known_;  // node, none or unknown, by rule and cursor
   std::vector<Node> nodes_;
@@ -153,8 +66,8 @@ class Parse {
 int Parse::rule(Rule r, int cursor) {
   const size_t key = static_cast<size_t>(r) * (tokens_.count() + 1) + static_cast<size_t>(cursor);
   if (known_[key] != unknown) return known_[key];
-  int result = none;
-  for (const Row& candidate : _grammar().rows[static_cast<int>(r)]) {
+  int result = known_[key] = none;  // until one matches: a rule can't begin with itself
+  for (const GrammarRow& candidate : _grammar().rows[static_cast<int>(r)]) {
     Node node{};
     if (!row(candidate, cursor, node)) continue;
     result = static_cast<int>(nodes_.size());
@@ -165,7 +78,7 @@ int Parse::rule(Rule r, int cursor) {
   return result;
 }
 
-bool Parse::row(const Row& row, int cursor, Node& node) {
+bool Parse::row(const GrammarRow& row, int cursor, Node& node) {
   const size_t base = trying_.size();
   const std::vector<Item>& items = row.alternative->items;
   for (size_t i = 0; i < items.size(); ++i) {
@@ -251,40 +164,30 @@ void Parse::source(const Node& node, int item, std::string& text) const {
 
 void Parse::render(int number, std::string& text) const {
   const Node& node = nodes_[number];
-  // Where the row acts on the block stack, the actions of its items come first.
+  // Where the row has to do with the block stack, the actions of its items come first.
   std::vector<std::string> made;
-  if (node.row->acts) {
+  if (node.row->usesBlocks) {
     made.resize(node.row->alternative->items.size());
     for (size_t i = 0; i < made.size(); ++i) renderItem(node, static_cast<int>(i), made[i]);
   }
   for (const TextPiece& p : node.row->pieces) {
     switch (p.kind) {
-      case Piece::text: text += p.text; break;
-      case Piece::item:
+      case TextPiece::literal: text += p.text; break;
+      case TextPiece::item:
         if (made.empty())
-          renderItem(node, p.number - 1, text);
+          renderItem(node, p.number, text);
         else
-          text += made[p.number - 1];
+          text += made[p.number];
         break;
-      case Piece::source: source(node, p.number - 1, text); break;
-      case Piece::count: text += std::to_string(count(node, p.number - 1)); break;
-      case Piece::BL: text += BlkBL(); break;
-      case Piece::LV: text += BlkLV(); break;
-      case Piece::loop: text += BlkBL(BlkLoop()); break;
-      case Piece::push: BlkPush(p.number); break;
-      case Piece::pop: BlkPop(p.number); break;
-      case Piece::check: BlkCheck(p.number); break;
-      case Piece::markElse: BlkElse(); break;
-      case Piece::nextBranch: BlkNext(); break;
-      case Piece::endThen:
-        if (!BlkHasElse()) text += "LBL " + BlkBL() + "1\n";
-        break;
+      case TextPiece::source: source(node, p.number, text); break;
+      case TextPiece::count: text += std::to_string(count(node, p.number)); break;
+      case TextPiece::block: p.command->run(state_, p.type, text); break;
     }
   }
 }
 
-int _compile(Rule rule, int& cursor, const Tokens& tokens, std::string& text) {
-  Parse parse(tokens);
+int _compile(Rule rule, CompileState& state, int& cursor, const Tokens& tokens, std::string& text) {
+  Parse parse(state, tokens);
   const int node = parse.rule(rule, cursor);
   if (node < 0) return 0;
   text.clear();
@@ -295,12 +198,12 @@ int _compile(Rule rule, int& cursor, const Tokens& tokens, std::string& text) {
 
 }  // namespace
 
-int lrline(int& cursor, const Tokens& tokens, std::string& text) {
-  return _compile(Rule::line, cursor, tokens, text);
+int lrline(CompileState& state, int& cursor, const Tokens& tokens, std::string& text) {
+  return _compile(Rule::line, state, cursor, tokens, text);
 }
 
-int lrexpr(int& cursor, const Tokens& tokens, std::string& text) {
-  return _compile(Rule::expr, cursor, tokens, text);
+int lrexpr(CompileState& state, int& cursor, const Tokens& tokens, std::string& text) {
+  return _compile(Rule::expr, state, cursor, tokens, text);
 }
 
 }  // namespace mox

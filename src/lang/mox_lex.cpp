@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "lang/step.h"
 #include "session/misc.h"
 
 namespace mox {
@@ -16,6 +17,16 @@ constexpr std::string_view keywords[] = {
     "TEST",  "TRIM",  "TYPE3",    "NEXT", "ALL",   "RECORD", "FOR",  "TO",
 };
 
+static_assert(std::all_of(std::begin(keywords), std::end(keywords),
+                          [](std::string_view word) { return word.size() < maxWord; }),
+              "the step word of a function is = and its name, and it must not be cut");
+
+// Whether the text is one of them, ignoring case.
+bool is_kw(std::string_view text) {
+  return std::any_of(std::begin(keywords), std::end(keywords),
+                     [text](std::string_view word) { return StrICmp(text, word) == 0; });
+}
+
 // True when the texts of two tokens, joined, are read as the same two tokens.
 bool _staysApart(const Tokens& tokens, int first) {
   Tokens again;
@@ -25,10 +36,7 @@ bool _staysApart(const Tokens& tokens, int first) {
 
 }  // namespace
 
-bool is_kw(std::string_view text) {
-  return std::any_of(std::begin(keywords), std::end(keywords),
-                     [text](std::string_view word) { return StrICmp(text, word) == 0; });
-}
+const std::span<const std::string_view> g_keywords = keywords;
 
 int prog2tkn(std::string_view text, int max, Tokens& tokens) {
   const int added = txt2tkn(text, max, tokens);

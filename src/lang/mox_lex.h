@@ -1,14 +1,16 @@
 // Tokens of the language: the plain tokens, with the reserved words told from the identifiers.
 #pragma once
 
+#include <span>
+#include <string>
 #include <string_view>
 
 #include "lang/misc_lex.h"
 
 namespace mox {
 
-// Non-zero when the text is one of the 35 reserved words, ignoring case.
-bool is_kw(std::string_view text);
+// The reserved words, in upper case: the names of functions and the words that end a list.
+extern const std::span<const std::string_view> g_keywords;
 
 // As txt2tkn; each identifier that is a reserved word becomes a keyword, in upper case.
 int prog2tkn(std::string_view text, int max, Tokens& tokens);

@@ -22,6 +22,7 @@
 #include <string_view>
 #include <vector>
 
+#include "lang/step.h"
 #include "session/misc.h"
 
 namespace mox {
@@ -32,7 +33,7 @@ class Operands;
 using Handler = void (*)(Operands&);
 
 struct StepEntry {
-  std::string_view word;
+  StepWord word;
   Handler handler;
   std::string_view effect;
   // What to say when the operands aren't there: of a function its usage, of another step the text

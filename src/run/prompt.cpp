@@ -5,6 +5,7 @@
 #include "host/file.h"
 #include "host/host.h"
 #include "lang/compile.h"
+#include "lang/mox_gmr.h"
 #include "run/run.h"
 #include "run/run_expr.h"
 #include "screen/moxread.h"
@@ -88,6 +89,12 @@ void SessionInit() {
 }
 
 int moxmain(const std::string* program) {
+#ifndef NDEBUG
+  if (const std::string fault = GrammarFault(g_grammar, KnownStep); !fault.empty()) {
+    std::fprintf(stderr, "%s\n", fault.c_str());
+    return 1;
+  }
+#endif
   SessionInit();
   OS_CatchInterrupt();
   if (program)

@@ -18,8 +18,7 @@ namespace mox {
 
 namespace {
 
-constexpr size_t maxWord = 10;  // characters of a step's word
-constexpr int maxCalls = 49;    // nested CALL steps
+constexpr int maxCalls = 49;  // nested CALL steps
 constexpr double selectRound = 0.5;
 
 struct CoreWord {
@@ -33,15 +32,13 @@ constexpr CoreWord coreWords[] = {
     {":", Core::source},
 };
 
+bool _isWordChar(char c) { return (static_cast<signed char>(c) >= '0' && c != 127) || c == '$'; }
+
 // Cuts the word off the step, leaving the rest of it.
 std::string_view GetWordD(std::string_view& step) {
   const size_t start = std::min(step.find_first_not_of(" \t"), step.size());
   size_t end = start;
-  while (end < step.size() && end - start < maxWord) {
-    const signed char c = static_cast<signed char>(step[end]);
-    if (!((c >= '0' && c != 127) || c == '$')) break;
-    ++end;
-  }
+  while (end < step.size() && end - start < maxWord && _isWordChar(step[end])) ++end;
   const std::string_view word = step.substr(start, end - start);
   step.remove_prefix(end);
   return word;
@@ -222,6 +219,14 @@ Program CutSteps(Lines steps) {
   program.reserve(steps.size());
   for (std::string& text : steps) program.push_back(_cut(std::move(text)));
   return program;
+}
+
+bool KnownStep(std::string_view step) {
+  std::string_view rest = step;
+  GetWordD(rest);
+  if (!rest.empty() && _isWordChar(rest[0])) return false;
+  const Step cut = _cut(std::string(step));
+  return cut.core == Core::CMP ? cut.number >= 0 : cut.core != Core::none || cut.entry;
 }
 
 int doRun1(const Program& program, Stack& stk, RunOf what) {

@@ -38,6 +38,8 @@ using Program = std::vector<Step>;
 
 // Cuts a finished list.
 Program CutSteps(Lines steps);
+// True when the machine knows the step's word, uncut, and of CMP the operator.
+bool KnownStep(std::string_view step);
 
 // Statements leave nothing on the stack and an expression one value: a run that ended without an
 // error and left anything else is an internal error. Ctrl-C ends a run of statements before its
