@@ -175,7 +175,7 @@ int dbSkip(int area, int distance) {
   DbfTable& t = _table(area);
   NdxFile* const x = _master(area);
   if (!x) return dbfSkip(t, distance);
-  if (ndxAstray(*x)) dbMasterTo(dbAreaOf(area), t.recno);
+  if (ndxAstray(*x)) dbMasterBack(dbAreaOf(area));
   int rno = 1;
   for (; distance > 0 && rno > 0; --distance) rno = ndxFwd(*x);
   for (; distance < 0 && rno > 0; ++distance) rno = ndxBak(*x);

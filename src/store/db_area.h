@@ -29,5 +29,7 @@ int dbKeyText(NdxFile& x, std::string& key);
 // Puts the cursor of the area's master index on the area's record: the result of ndxFindRno, or 2
 // when the record has no key.
 int dbMasterTo(DbArea& a, int recno);
+// The same for the area's current record, whatever record another area of its table stands on.
+void dbMasterBack(DbArea& a);
 
 }  // namespace mox

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -203,7 +204,7 @@ int _replace(int area, bool isNew) {
   }
   const bool moved = _makeKeys(a.table, moves, isNew) && _moveRecord(a, moves) == 0;
   if (!moved) dbfRevert(a.table);
-  dbMasterTo(a, a.table.recno);
+  dbMasterBack(a);
   const auto lacks = [](const KeyMove& m) { return !m.in; };
   return !moved ? -1 : std::any_of(moves.begin(), moves.end(), lacks) ? dbNoKey : 0;
 }
@@ -213,7 +214,6 @@ int _replace(int area, bool isNew) {
 // What INDEX ON needs of the first record's value. False after a report.
 bool _keyShape(const std::string& expr, Typ& typ) {
   const Key key = g_makeKey(expr);
-  const ShownRow shown(dbAreaOf(selectedArea).table);
   std::string value;
   if (key.compile() != 0 || key.run(value) != 0) SynErr(expr);
   if (errnum != errNone) return false;
@@ -229,13 +229,15 @@ bool _keyShape(const std::string& expr, Typ& typ) {
 
 void _sayIndexed(int count) { std::printf("%05d RECORDS INDEXED\n", count); }
 
-// Enters the records from the current one on; one whose expression fails is passed over.
-int _addRecords(NdxFile& x, bool talk) {
+// Enters the records from the current one on; one whose expression fails is passed over. An index
+// that is made anew gets the keys that changes of its records give it.
+int _addRecords(NdxFile& x, bool talk, bool anew) {
   int count = 0;
   std::string value;
   for (; !dbEOF(selectedArea); dbSkip(selectedArea, 1)) {
     const ErrorSlot slot = TakeErr();
-    const ShownRow shown(dbAreaOf(selectedArea).table);
+    std::optional<ShownRow> shown;
+    if (anew) shown.emplace(dbAreaOf(selectedArea).table);
     const bool made = x.file->key.compile() == 0 && _runKey(x.file->key, value) == 0;
     if (errnum == errTold) return -1;
     PutErr(slot);
@@ -273,10 +275,10 @@ int _build(NewFile& made, const std::string& expr, const Typ& typ, bool talk) {
   NdxFile x;
   if (const int result = ndxMake(x, made, expr, typ.type, typ.length); result != 0)
     return _cantCreate(result, made.path);
-  if (_addRecords(x, talk) != 0) return -1;
+  const std::shared_ptr<NdxPages> open = ndxFindOpen(made.path);
+  if (_addRecords(x, talk, open != nullptr) != 0) return -1;
   if (const int result = ndxFlush(x); result != 0) return _indexFailed(x, result);
   x = NdxFile{};
-  const std::shared_ptr<NdxPages> open = ndxFindOpen(made.path);
   const int result = open ? ndxTakeOver(*open, made) : NewFileDone(made);
   return result == 0 ? 0 : _cantCreate(result, made.path);
 }
@@ -300,10 +302,14 @@ int dbKeyText(NdxFile& x, std::string& key) {
 
 int dbMasterTo(DbArea& a, int recno) {
   if (a.ndxs == 0 || !a.index[0].file) return 2;
-  const ShownRow shown(a.table);
   std::string key;
   const int made = dbKeyText(a.index[0], key);
   return made == 0 ? ndxFindRno(a.index[0], recno, key) : 2;
+}
+
+void dbMasterBack(DbArea& a) {
+  const ShownRow shown(a.table);
+  dbMasterTo(a, a.table.recno);
 }
 
 void dbClrIndex(int area) {
