@@ -311,8 +311,7 @@ TEST_F(ScreenTest, ProgramEditor) {
   Do(kDelete + "a" + kEnter + " b" + kSave);
   EXPECT_EQ(Bytes("new.fmt"), "a\n b\n");
   fs::create_directory("d.cmd");
-  Do("MODIFY COMMAND d" + kEnter);
-  Do("x" + kSave, {{22, 0, "CANT SAVE FILE"}});
+  Do("MODIFY COMMAND d" + kEnter, {{22, 0, "CANNOT CREATE FILE d.cmd"}});
   Quit();
 }
 
