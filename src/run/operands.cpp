@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "session/error.h"
 #include "session/number.h"
 #include "session/value.h"
 
@@ -75,11 +76,18 @@ bool Operands::lay(const Effect& effect, int depth) {
   return base_ >= 0;
 }
 
+const std::string& Operands::missing() {
+  static const std::string none;
+  IntErr("NO SUCH OPERAND");
+  return none;
+}
+
 int Operands::integer() { return StackInt(text()); }
 
 double Operands::number() { return TxtToDbl(text()); }
 
 Lines Operands::list() {
+  if (list_ == maxLists || next_ > depth_) return missing(), Lines();
   const auto first = stk_.begin() + next_;
   const int count = counts_[static_cast<size_t>(list_++)];
   next_ += count + 1;

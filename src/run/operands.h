@@ -68,18 +68,28 @@ class Operands {
   // True while the group has another operand, or the one that may be there is there.
   bool more() const { return next_ < end_; }
   // The next operand: as it stands; its number cut toward zero; its number.
-  const std::string& text() { return stk_[static_cast<size_t>(next_++)]; }
+  // An operand that the row doesn't name is empty, and an internal error.
+  const std::string& text() {
+    return next_ < depth_ ? stk_[static_cast<size_t>(next_++)] : missing();
+  }
   int integer();
   double number();
   // All elements of the list that comes next.
   Lines list();
 
   // Puts the value in the place of the deepest operand.
-  void result(std::string value) { stk_[static_cast<size_t>(base_)] = std::move(value); }
+  void result(std::string value) {
+    if (base_ < depth_)
+      stk_[static_cast<size_t>(base_)] = std::move(value);
+    else
+      missing();
+  }
   // The step failed and leaves the stack as it found it.
   void keep() { kept_ = true; }
 
  private:
+  static const std::string& missing();
+
   Stack& stk_;
   int depth_ = 0;
   int base_ = 0;  // place of the deepest operand
