@@ -108,6 +108,7 @@ int KeepAppended(Expr& condition, int& tally, ErrorSlot& lacking) {
 }
 
 int EndAppend(int result, int tally, const ErrorSlot& lacking) {
+  tally -= dbLetGo(selectedArea);
   if (errnum == errNone) PutErr(lacking);
   if (g_opt[optTALK]) std::printf("%05d RECORD(S) ADDED\n", tally);
   return result == 0 ? 0 : -1;
@@ -126,6 +127,7 @@ int moxApndFmDBF(const std::string& filename, const std::string& condition) {
   ErrorSlot lacking;
   int tally = 0;
   int result = 0;
+  dbHold(selectedArea);
   const int rows = dbfROWS(source);  // its own records would be added on and on
   dbfSkipTo(source, 1);
   for (int r = 0; r < rows && !dbfEOF(source) && result == 0 && !Interrupted();

@@ -59,6 +59,7 @@ int moxUpdate(int area, const std::string& filename, const std::string& key, con
   if (keyFrom < 0) return _refuse("VARIABLE CANNOT BE FOUND", key);
   dbTop(area);
   dbfSkipTo(source, 1);
+  dbHold(area);
   ErrorSlot told;  // of the first record that stayed as it was
   while (!dbEOF(area) && !dbfEOF(source) && !Interrupted()) {
     const int sign = _compare(dbTyp(area, keyTo), dbVal(area, keyTo), fldget(source, keyFrom));
@@ -75,6 +76,7 @@ int moxUpdate(int area, const std::string& filename, const std::string& key, con
     if (errnum != errNone && told.num == errNone) told = TakeErr();
     dbfSkip(source, 1);
   }
+  dbLetGo(area);
   if (errnum == errNone) PutErr(told);
   return errnum == errNone ? 0 : -1;
 }

@@ -144,6 +144,7 @@ int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
   int tally = 0;
   int result = 0;
   std::string line;
+  dbHold(selectedArea);
   while (result == 0 && !Interrupted() && ReadTextLine(f.get(), maxTextLine, line)) {
     if ((result = dbAppend(selectedArea)) != 0) break;
     dbRepl0(selectedArea);

@@ -61,7 +61,10 @@ void _markRecords(Operands& o, bool counts, int (*mark)(int), const char* told) 
     return true;
   };
   const int start = o.integer(), count = o.integer();
-  if (ScanRecords(start, count, o.text(), action) == 0) _say(told, tally);
+  dbHold(selectedArea);
+  const int scanned = ScanRecords(start, count, o.text(), action);
+  dbLetGo(selectedArea);
+  if (scanned == 0) _say(told, tally);
 }
 
 // From the current record on to the first that qualifies, and tells where the table stands.

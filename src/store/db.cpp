@@ -64,7 +64,11 @@ bool DbChk() {
   return false;
 }
 
-void dbRest() { ndxRest(); }
+void dbRest() {
+  for (DbArea& a : db)
+    if (dbfOPEN(a.table)) imgPut(a.table.file->image);
+  ndxRest();
+}
 
 void dbInit() {
   for (DbArea& a : db) a = DbArea{};

@@ -118,6 +118,11 @@ int dbFind(int area, int length, std::string_view text);
 // Each hands what it wrote to the operating system before it returns, and reports a refused write
 // and a full table or index as errors.
 enum DbResult { dbNoKey = 1 };
+//
+// Between dbHold and dbLetGo, in one statement, changes of a table without indexes are held and go
+// out together. dbLetGo reports a refusal and tells how many of the added records are lost by it.
+void dbHold(int area);
+int dbLetGo(int area);
 int dbAppend(int area);
 void dbRepl0(int area);
 void dbRevert();  // in all areas

@@ -341,6 +341,19 @@ std::string dbNdxExpr(int area, int slot) {
   return _hasSlot(area, slot) ? ndxGetExpr(dbAreaOf(area).index[slot]) : std::string();
 }
 
+void dbHold(int area) {
+  DbfTable& t = dbAreaOf(area).table;
+  if (_indexesOf(t).empty()) dbfHold(t);
+}
+
+int dbLetGo(int area) {
+  DbfTable& t = dbAreaOf(area).table;
+  int lost = 0;
+  const FirstErr first;
+  dbWritten(t, dbfLetGo(t, lost));
+  return lost;
+}
+
 void dbRepl0(int area) {
   if (dbOPEN(area)) dbfChange(dbAreaOf(area).table);
 }

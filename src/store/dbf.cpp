@@ -393,6 +393,11 @@ int dbfAppend(DbfTable& t) {
   t.stale = t.changing = false;
   t.recno = t.file->rmax;
   _dbfChanged(t);
+  DbfFile& f = *t.file;
+  if (f.image.holds && !f.made && (f.rmax - f.put) * t.rowsize > holdBytes) {
+    if (!imgPut(f.image)) return dbfCantWrite;
+    f.put = f.rmax;
+  }
   return 0;
 }
 
@@ -434,6 +439,34 @@ int dbfPack(DbfTable& t) {
   if (kept > 0) _dbfRead(t);
   t.eof = kept == 0;
   return 0;
+}
+
+void dbfHold(DbfTable& t) {
+  if (!t.file || t.file->made) return;
+  t.file->image.holds = true;
+  t.file->put = t.file->rmax;
+}
+
+int dbfLetGo(DbfTable& t, int& lost) {
+  lost = 0;
+  if (!t.file || !t.file->image.holds || t.file->made) return 0;
+  Lines rows;
+  for (int r = t.file->put + 1; r <= t.file->rmax; ++r)
+    _dbfGet(t, r, rows.emplace_back(static_cast<size_t>(t.rowsize), ' '));
+  if (imgLetGo(t.file->image)) return 0;
+  ++t.file->changes;
+  t.file->rmax = std::min(t.file->rmax, t.file->put);
+  for (size_t i = 0; i < rows.size(); ++i) {
+    lost = static_cast<int>(rows.size() - i);
+    if (dbfAppend(t) != 0) break;
+    dbfSetRow(t, rows[i]);
+    if (dbfReplace(t) != 0) {
+      dbfRemove(t);
+      break;
+    }
+    --lost;
+  }
+  return dbfCantWrite;
 }
 
 bool dbfOPEN(const DbfTable& t) { return t.file != nullptr; }

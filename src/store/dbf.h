@@ -68,6 +68,7 @@ struct DbfFile {
   std::array<int, 3> date{};  // day, month, year as read at open
   bool kept = false;          // for this session alone
   unsigned changes = 0;       // of records, counted
+  int put = 0;                // while writes are held: records that the file has
   std::optional<FileUse> use;
   std::unique_ptr<NewFile> made;  // of a table in the making
   DbfFile() = default;
@@ -144,6 +145,14 @@ int dbfRemove(DbfTable& t);
 int dbfDelete(DbfTable& t);
 int dbfRecall(DbfTable& t);
 int dbfPack(DbfTable& t);
+
+// Holds the writes of a statement that changes many records, up to dbfLetGo; records that are added
+// go out in pieces of holdBytes, with the count that covers them. When the host refuses, as many of
+// them as it takes are written one by one, so that the statement ends as without holding:
+// dbfCantWrite then, with the number of the others.
+constexpr int holdBytes = 65536;
+void dbfHold(DbfTable& t);
+int dbfLetGo(DbfTable& t, int& lost);
 
 bool dbfOPEN(const DbfTable& t);
 bool dbfEOF(const DbfTable& t);   // true when closed

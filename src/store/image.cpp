@@ -11,11 +11,16 @@ std::int64_t _length(std::size_t n) { return static_cast<std::int64_t>(n); }
 
 bool _isHeld(const Block& b) { return b.from < b.to; }
 
-// Hands a block's held bytes to the operating system.
+// Hands a block's held bytes to the operating system. A part that was written before the host
+// refused is taken back, as far as the file had other bytes there.
 void _put(Image& m, Block& b) {
   if (!_isHeld(b) || m.refused) return;
-  m.refused = !OS_FileWrite(m.f, b.place + _length(b.from), b.bytes.data() + b.from, b.to - b.from);
-  b.from = b.to = 0;
+  const std::int64_t offset = b.place + _length(b.from);
+  std::string old(b.to - b.from, '\0');
+  old.resize(OS_FileRead(m.f, offset, old.data(), old.size()));
+  m.refused = !OS_FileWrite(m.f, offset, b.bytes.data() + b.from, b.to - b.from);
+  if (m.refused && !old.empty()) OS_FileWrite(m.f, offset, old.data(), old.size());
+  if (!m.refused) b.from = b.to = 0;
 }
 
 void _load(Image& m, Block& b, std::int64_t place) {
@@ -135,9 +140,21 @@ bool imgPut(Image& m) {
   std::vector<Block*> held;
   for (Block& b : m.blocks)
     if (_isHeld(b)) held.push_back(&b);
-  std::sort(held.begin(), held.end(), [](auto* x, auto* y) { return x->place < y->place; });
+  const auto before = [](const Block* x, const Block* y) {
+    return (x->place == 0) != (y->place == 0) ? y->place == 0 : x->place < y->place;
+  };
+  std::sort(held.begin(), held.end(), before);
   for (Block* const b : held) _put(m, *b);
   return !m.refused;
+}
+
+bool imgLetGo(Image& m) {
+  m.holds = false;
+  if (imgPut(m)) return true;
+  m.refused = false;
+  m.blocks.clear();
+  m.size = std::max<std::int64_t>(OS_FileSize(m.f), 0);
+  return false;
 }
 
 }  // namespace mox

@@ -4,7 +4,8 @@
 // image is old behind each wait for a person or another program, who may have changed the file.
 //
 // A write goes to the file at once unless the image holds writes: then changed blocks go out at
-// imgPut, or when their place is needed for others, in ascending order. A write that the host
+// imgPut, or when their place is needed for others, in ascending order but for the first block,
+// which goes last: it has the header, whose count covers what is behind it. A write that the host
 // refuses leaves the bytes that the file had; one of held bytes is kept in mind, and from then on
 // every write and put reports it.
 #pragma once
@@ -51,5 +52,7 @@ bool imgHas(Image& m, std::int64_t offset, std::size_t n);
 bool imgWrite(Image& m, std::int64_t offset, const char* bytes, std::size_t n);
 // Hands what is held to the operating system.
 bool imgPut(Image& m);
+// The same, and ends the holding. What the host refused is forgotten then.
+bool imgLetGo(Image& m);
 
 }  // namespace mox
