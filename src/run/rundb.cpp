@@ -90,12 +90,6 @@ bool validRno() {
   return recno >= 1 && recno <= dbRMAX(selectedArea);
 }
 
-bool OnRecord() {
-  if (dbOnRecord(selectedArea)) return true;
-  SetErr("NO RECORD", "");
-  return false;
-}
-
 void dspRnoDel() {
   SayTxt(0, "");
   SayTxt(-1, StrFmt("%05d %c", dbRECNO(selectedArea), dbDELETED(selectedArea) ? '*' : ' '));

@@ -10,8 +10,6 @@ namespace mox {
 
 // True when the selected area's record number is one of the table's.
 bool validRno();
-// True when it stands on a record that can be changed; otherwise reports that there is none.
-bool OnRecord();
 // Starts a display line: record number and deletion mark.
 void dspRnoDel();
 // Shows the raw text of every field, each with a blank behind it.

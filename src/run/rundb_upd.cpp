@@ -32,7 +32,7 @@ void OpAddRec(Operands& o) {
 }
 
 void OpUpdRec0(Operands&) {
-  if (DbChk() && OnRecord()) dbRepl0(selectedArea);
+  if (DbChk() && dbHasRecord(selectedArea)) dbRepl0(selectedArea);
 }
 
 void OpSetFld(Operands& o) {

@@ -5,7 +5,6 @@
 
 #include "run/handlers.h"
 #include "run/run_nest.h"
-#include "run/rundb.h"
 #include "screen/moxbrowse.h"
 #include "screen/moxcreate.h"
 #include "screen/moxed.h"
@@ -55,10 +54,12 @@ void OpClEol(Operands& o) {
 }
 
 void OpEdit(Operands&) {
-  if (DbChk() && OnRecord()) MoxEdit();
+  if (DbChk() && dbHasRecord(selectedArea)) MoxEdit();
 }
 
-void OpBrowse(Operands&) { MoxBrowse(); }
+void OpBrowse(Operands&) {
+  if (DbChk() && dbHasRecord(selectedArea)) MoxBrowse();
+}
 
 void OpCreate(Operands& o) { MoxCreate(o.text()); }
 

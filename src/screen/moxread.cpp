@@ -119,10 +119,10 @@ int _editFields() {
   return key;
 }
 
-// True when a field of the table waits on the screen and the table is on no record.
-bool _lacksRecord() {
-  const auto isField = [](const Sv& sv) { return dbFno(selectedArea, sv.name) >= 0; };
-  return std::any_of(_get.begin(), _get.end(), isField) && !dbOnRecord(selectedArea);
+// True when a field of the table waits on the screen.
+bool _hasField() {
+  return std::any_of(_get.begin(), _get.end(),
+                     [](const Sv& sv) { return dbFno(selectedArea, sv.name) >= 0; });
 }
 
 }  // namespace
@@ -159,14 +159,11 @@ int AtGet(int row, int col, std::string_view name, std::string_view picture) {
 void AtClear() { _get.clear(); }
 
 void MoxRead() {
-  if (_lacksRecord()) {
-    SetErr("NO RECORD", "");
-    return AtClear();
-  }
+  if (_hasField() && !dbHasRecord(selectedArea)) return AtClear();
   if (_editFields() != keyAbandon) {
     dbRepl0(selectedArea);
     for (const Sv& sv : _get) svPut(sv);
-    dbReplace(selectedArea);
+    if (dbOnRecord(selectedArea)) dbReplace(selectedArea);
   }
   AtClear();
   ScrLeave();

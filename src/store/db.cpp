@@ -111,6 +111,13 @@ int dbRECNO(int area) { return dbfRECNO(_table(area)); }
 bool dbEOF(int area) { return dbfEOF(_table(area)); }
 bool dbDELETED(int area) { return dbfDELETED(_table(area)); }
 bool dbOnRecord(int area) { return dbfOnRecord(_table(area)); }
+
+bool dbHasRecord(int area) {
+  if (dbOnRecord(area)) return true;
+  SetErr("NO RECORD", "");
+  return false;
+}
+
 int dbRMAX(int area) { return dbfROWS(_table(area)); }
 int dbFno(int area, std::string_view name) { return fldno(_table(area), name); }
 const std::string& dbName(int area, int field) { return _table(area).names[field]; }

@@ -57,7 +57,9 @@ int dbCOLS(int area);
 int dbRECNO(int area);
 bool dbEOF(int area);
 bool dbDELETED(int area);
-bool dbOnRecord(int area);  // it stands on a record that the file has
+// True when the area stands on a record that the file has; dbHasRecord reports it when there is none.
+bool dbOnRecord(int area);
+bool dbHasRecord(int area);
 int dbRMAX(int area);
 int dbFno(int area, std::string_view name);  // field index, or -1
 // By field index, with no test of it.

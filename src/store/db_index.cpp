@@ -193,7 +193,8 @@ int _moveRecord(DbArea& a, std::vector<KeyMove>& moves) {
 }
 
 int _replace(int area, bool isNew) {
-  if (!dbOPEN(area) || !dbfOnRecord(dbAreaOf(area).table)) return 0;
+  if (!dbOPEN(area)) return 0;
+  if (!dbHasRecord(area)) return -1;
   DbArea& a = dbAreaOf(area);
   std::vector<KeyMove> moves = _indexesOf(a.table);
   dbfRow(a.table);
