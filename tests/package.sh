@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Makes the Debian package of a build folder, unpacks it into a clean folder tree, and runs from
 # there the tour, which must print what the folder's own program prints, and the installed help;
-# the same help for a plain installation.
+# the same help for a plain installation. The shell completes the examples.
 #   package.sh BUILD
 set -euo pipefail
 if ! command -v file >/dev/null; then
@@ -15,11 +15,24 @@ cpack --config "$build/CPackConfig.cmake" -G DEB -B "$tree/made" -D CPACK_STRIP_
   { cat "$tree/log"; exit 1; }
 dpkg-deb -x "$tree"/made/*.deb "$tree/root"
 mox=$tree/root/usr/bin/mox
-cp -r "$tree/root/usr/share/doc/mox/examples" "$tree/kept"
-(cd "$tree/root/usr/share/doc/mox/examples" && "$mox" tour) >"$tree/installed"
+share=$tree/root/usr/share
+cp -r "$share/doc/mox/examples" "$tree/kept"
+"$mox" "$share/doc/mox/examples/tour" >"$tree/installed"
 (cd "$tree/kept" && "$build/mox" tour) >"$tree/own"
 cmp "$tree/installed" "$tree/own"
 grep -q 'And all as it was' "$tree/installed"
+cd "$tree/kept"
+bash -c 'compopt() { :; }; . "$1"
+  for word in "" stock/S --v; do
+    COMP_WORDS=(mox "$word") COMP_CWORD=1; _mox; printf "%s\n" "${COMPREPLY[@]}" | sort
+  done' bash "$share/bash-completion/completions/mox" >"$tree/completed"
+diff - "$tree/completed" <<'END'
+club
+stock
+tour
+stock/STOCK
+--version
+END
 cmake --install "$build" --prefix "$tree/prefix" >/dev/null
 mkdir "$tree/empty"
 cd "$tree/empty"

@@ -1,13 +1,17 @@
 #!/usr/bin/env bash
-# Tries the script run: it builds the program, starts it in the current folder, and enters the
-# folder of a command file. The examples that it runs leave the working tree as it is.
+# Tries the script run: it builds the program, without a word where no terminal is, starts it in the
+# current folder, which has no help of its own, and the program enters the folder of a command file.
+# The examples that it runs leave the working tree as it is.
 set -euo pipefail
 root=$(cd -P "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 out=$(mktemp -d)
 trap 'rm -rf "$out"' EXIT
 cd "$out"
-"$root/run" -ver >version
+"$root/run" -ver >version 2>said
 grep -qx 'MOX Version 2.40.00299' version
+test ! -s said
+echo HELP LIST | "$root/run" >help
+grep -q 'Shows records' help
 printf 'CREATE here\n\nQUIT\n' | "$root/run" >/dev/null
 test -s here.dbf
 cp -r "$root/examples" kept

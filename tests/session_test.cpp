@@ -6,7 +6,8 @@
 //   == case TITLE         begins a case, in a fresh folder of its own that goes away with it. The
 //                         test is called session.FILE / TITLE, with a comma for each of -:;#*? in
 //                         it.
-//   == file NAME          the lines that follow become that file, each with a line feed.
+//   == file NAME          the lines that follow become that file, each with a line feed; a folder
+//                         in front of its name is made.
 //   == bytes NAME         pairs of hex digits, with blanks between, become that file.
 //   == copy PATH          copies a file (named from the repository's root) into the folder.
 //   == mox [ARGS]         runs the program; the lines that follow are what a person would see.
@@ -103,6 +104,7 @@ Outcome DoMox(const Section& s) {
 }
 
 Outcome DoPut(const fs::path& path, const std::string& bytes) {
+  fs::create_directories(path.parent_path());
   PutBytes(path, bytes);
   return {bytes, Bytes(path)};
 }

@@ -1,7 +1,9 @@
-// The help file: its form, that every name in it leads to a topic, and that its examples are right.
+// The help file: its form, that every name in it leads to a topic, that its examples are right, and
+// that it explains every message of the sources.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -168,6 +170,44 @@ TEST(Help, ExamplesAreRight) {
     }
   }
   errnum = errNone;
+}
+
+// A message is a text of at least two words in capitals that stands alone in the sources. Those
+// with numbers or names in them report what was done.
+TEST(Help, EachMessageIsExplained) {
+  const std::set<std::string> headings = {"PRIMARY USE DATABASE",
+                                          "PRIMARY USE",
+                                          "SECONDARY USE",
+                                          "AREA C",
+                                          "AREA D",
+                                          "FLD       NAME      TYPE WIDTH   DEC",
+                                          "NAME      TYP LEN  DEC",
+                                          "SORT COMPLETE",
+                                          "DATABASE FILES   # RCDS    LAST UPDATE",
+                                          "INDEXES:          KEY EXPRESSION:",
+                                          "SINGLE STEP  Y:=STEP,  N:=KEYBOARD CMD,  ESC:=CANCEL"};
+  std::string explained;
+  for (const auto& [topic, body] : ReadHelp())
+    if (topic.starts_with("ERRORS"))
+      for (const std::string& line : body) explained += line + '\n';
+  const std::regex literal(R"re("(?:\\n)?([^"\\%]*)(?:\\n)?")re"),
+      message(R"([ *]*[A-Z'][A-Z'0-9]*[ ,*]+[A-Z'()2]+[^a-z]*|.*ERROR.*|.*dBASE.*)");
+  int messages = 0;
+  for (const auto& file : std::filesystem::recursive_directory_iterator(MOX_ROOT "/src")) {
+    if (file.path().extension() != ".cpp" || file.path().stem() == "mox_gmr_rules") continue;
+    std::ifstream in(file.path());
+    for (std::string line; std::getline(in, line);) {
+      line.erase(std::min(line.find("//"), line.size()));
+      for (std::sregex_iterator i(line.begin(), line.end(), literal), end; i != end; ++i) {
+        std::string text = (*i)[1];
+        text = dlb(trim(text));
+        if (!std::regex_match(text, message) || headings.count(text)) continue;
+        ++messages;
+        EXPECT_NE(explained.find(text), explained.npos) << text << " in " << file.path();
+      }
+    }
+  }
+  EXPECT_GT(messages, 50);
 }
 
 }  // namespace mox

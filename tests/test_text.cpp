@@ -94,6 +94,8 @@ TEST(Files, LinesOfTextFiles) {
                                                  {"a\n\x1Az\n", {"a"}},
                                                  {{"a\0b\nc", 5}, {"a", "c"}},
                                                  {full + "z\n", {full, "z"}},
+                                                 {"\xEF\xBB\xBF" + full + "z\n", {full, "z"}},
+                                                 {"\xEF\xBBz", {"\xEF\xBBz"}},
                                                  {full + "\r\nz", {full, "", "z"}},
                                                  {most + "\r\nz", {most, "z"}}};
   for (const auto& [bytes, lines] : cases) {

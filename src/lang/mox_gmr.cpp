@@ -6,6 +6,8 @@
 
 #include "lang/mox_gmr.h"
 
+#include <algorithm>
+
 #include "lang/mox_gmr_table.h"
 
 namespace mox {
@@ -128,10 +130,9 @@ bool Parse::once(const Item& item, int& cursor, Match& match) {
 }
 
 bool Parse::endWord(const Item& item, int cursor) const {
-  if (tokens_.kinds[cursor] == tokEnd) return false;
-  for (const char* word : item.endWords)
-    if (Match4(tokens_.texts[cursor], word)) return true;
-  return false;
+  if (tokens_.kinds[cursor] != tokKeyword) return false;
+  return std::any_of(item.endWords.begin(), item.endWords.end(),
+                     [&](const char* word) { return tokens_.texts[cursor] == word; });
 }
 
 // --- Making text.

@@ -52,7 +52,7 @@ struct Item {
   int atLeast = 1;              // repetitions: 1 and 1, or as opt, rep, some say
   int atMost = 1;
   const char* absent = "";            // text of an optional item that isn't there
-  std::vector<const char*> endWords;  // words before which an optional item isn't tried
+  std::vector<const char*> endWords;  // reserved words before which an optional item isn't tried
 
   Item(const char* pattern) : kind(kWord), word(pattern) {}
   Item(TokenKind k) : kind(kToken), token(k) {}

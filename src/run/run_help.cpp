@@ -8,6 +8,7 @@
 #include <string>
 
 #include "host/host.h"
+#include "host/path.h"
 #include "run/handlers.h"
 #include "run/run_input.h"
 #include "session/files.h"
@@ -17,13 +18,14 @@ namespace mox {
 namespace {
 
 constexpr char helpFile[] = "moxhelp.txt";
-constexpr char installed[] = "/../share/mox/";  // from the program's folder
+// The folder of the installed one, from the program's folder on or absolute: the build tells it.
+constexpr char installed[] = MOX_DATA;
 constexpr int pageLines = 21;
 
 // The help file of the current directory, else the installed one; null when there is neither.
 File _openHelp() {
   File f = FileOpen(FnFind(helpFile), "rb");
-  return f ? std::move(f) : FileOpen(OS_GetProgDir() + installed + helpFile, "rb");
+  return f ? std::move(f) : FileOpen(TextOf(PathOf(OS_GetProgDir()) / installed / helpFile), "rb");
 }
 
 // Waits for a key: false when it ends the help.

@@ -28,6 +28,16 @@ bool _isOpen(int slot) { return slot >= 0 && slot < _fpSlots && k7_fp[slot].stre
 
 std::vector<const FileUse*> _uses;
 
+// Other programs mark a text in UTF-8 with these bytes in front, which are no part of it.
+void _skipByteOrderMark(std::FILE* f) {
+  constexpr std::string_view mark = "\xEF\xBB\xBF";
+  for (const char c : mark) {
+    if (std::getc(f) == static_cast<unsigned char>(c)) continue;
+    std::rewind(f);
+    return;
+  }
+}
+
 }  // namespace
 
 File FileOpen(const std::string& path, const char* mode) {
@@ -121,6 +131,7 @@ bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
 std::optional<Lines> ReadLines(const std::string& path) {
   const File f = FileOpen(FnFind(path), "rb");
   if (!f) return std::nullopt;
+  _skipByteOrderMark(f.get());
   Lines lines;
   for (std::string line; ReadTextLine(f.get(), maxLine, line);) lines.push_back(rm_nl(line));
   return lines;

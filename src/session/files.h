@@ -55,7 +55,8 @@ constexpr size_t maxLine = 131;
 bool ReadTextLine(std::FILE* f, size_t max, std::string& line);
 
 // The lines of a text file without their line ends, in reads of maxLine bytes; a line of exactly
-// maxLine bytes comes back as that line and an empty one. Nothing when the file can't be opened.
+// maxLine bytes comes back as that line and an empty one. A byte order mark of UTF-8 in front is
+// left out. Nothing when the file can't be opened.
 std::optional<Lines> ReadLines(const std::string& path);
 
 // The table of numbered files: slots 0 to 9, of which 0 is the standard output, 1 the standard
