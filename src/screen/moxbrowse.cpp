@@ -24,7 +24,7 @@ constexpr int stepUp = 5;  // records by which the window moves up
 constexpr int deletedCol = 32;
 constexpr int lastPan = 31;
 constexpr std::string_view hint =
-    "Ctrl-W saves, Ctrl-Q leaves, Up and Down rows, Tab and Ctrl-A columns, Ctrl-U deletes";
+    "Ctrl-W saves, Ctrl-Q leaves, Up, Down rows, Tab, Ctrl-A columns, Ctrl-U deletes";
 
 struct View {
   int start = 0;  // record in the first row

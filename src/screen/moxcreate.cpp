@@ -26,7 +26,7 @@ constexpr int headRow = 1, gridRow = 2, gridCol = 10;
 constexpr int shownLines = scrRows - gridRow;
 constexpr int gridStep = 8, lastBase = 16;
 constexpr std::string_view hint =
-    "Ctrl-W makes the table, without records, Ctrl-Q keeps it, Enter next line, Up line before";
+    "Ctrl-W makes the table, without records, Ctrl-Q keeps it, Enter next line";
 
 int _refuse(const char* message, int result) {
   std::printf("%s\n", message);

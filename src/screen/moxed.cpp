@@ -22,7 +22,7 @@ constexpr size_t extension = 24;  // lines that Down adds at the end of the text
 constexpr int noLine = -1;
 constexpr size_t maxLetter = 4;  // bytes of a letter
 constexpr std::string_view hint =
-    "Ctrl-W saves, Ctrl-Q leaves, Ctrl-G deletes, Ctrl-V inserts or overwrites";
+    "Ctrl-W saves, Ctrl-Q leaves, Ctrl-G deletes, Ctrl-V inserts or types over";
 
 // The cursor stands in the window at row and col, always on a line of the text.
 struct TextEditor {
