@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr int kRows = 24, kCols = 80;
 constexpr int kQuiet = 10;        // ms without output of a program that waits
 constexpr int kLongQuiet = 1000;  // of one of which it can't be seen that it waits
 constexpr auto kLimit = std::chrono::seconds(10);
@@ -31,7 +30,8 @@ using Clock = std::chrono::steady_clock;
 struct Screen::Terminal {
   int master = -1, slave = -1;
   pid_t pid = -1;
-  VTerm* vt = vterm_new(kRows, kCols);
+  const int rows = 24, cols = 80;
+  VTerm* vt = vterm_new(rows, cols);
   VTermScreen* screen = vterm_obtain_screen(vt);
 
   ~Terminal() {
@@ -44,7 +44,7 @@ struct Screen::Terminal {
     vterm_free(vt);
   }
   bool Open() {
-    winsize size{kRows, kCols, 0, 0};
+    winsize size{static_cast<unsigned short>(rows), static_cast<unsigned short>(cols), 0, 0};
     return openpty(&master, &slave, nullptr, nullptr, &size) == 0 &&
            fcntl(master, F_SETFL, O_NONBLOCK) == 0;
   }
@@ -70,7 +70,7 @@ struct Screen::Terminal {
       return true;
     termios mode;
     if (!TookAll() || tcgetattr(slave, &mode) != 0) return false;
-    if (!(mode.c_lflag & ICANON)) return true;
+    if (!(mode.c_lflag & (ICANON | ISIG))) return true;
     VTermPos pos;
     vterm_state_get_cursorpos(vterm_obtain_state(vt), &pos);
     VTermScreenCell cell;
@@ -81,8 +81,10 @@ struct Screen::Terminal {
   bool Reap(int& status) { return pid > 0 && waitpid(pid, &status, WNOHANG) == pid; }
 };
 
-Screen::Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir)
-    : t_(std::make_unique<Terminal>()) {
+Screen::Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir,
+               int rows, int cols)
+    : t_(new Terminal{.rows = rows, .cols = cols}) {
+  vterm_set_utf8(t_->vt, 1);
   vterm_screen_reset(t_->screen, 1);
   std::vector<char*> argv{program.data()};
   for (auto& arg : args) argv.push_back(arg.data());
@@ -127,7 +129,7 @@ bool Screen::Sees(int row, int col, const std::string& text) {
   const auto end = Clock::now() + kLimit;
   for (;;) {
     std::string line = Row(row);
-    line.resize(kCols, ' ');
+    line.resize(static_cast<size_t>(t_->cols), ' ');
     if (line.compare(static_cast<size_t>(col), text.size(), text) == 0) return true;
     if (Clock::now() > end) return false;
     t_->Read(kQuiet);
@@ -136,7 +138,7 @@ bool Screen::Sees(int row, int col, const std::string& text) {
 
 std::string Screen::Row(int row, bool reverse) const {
   std::string line;
-  for (int col = 0; col < kCols; ++col) {
+  for (int col = 0; col < t_->cols; ++col) {
     VTermScreenCell cell;
     vterm_screen_get_cell(t_->screen, {row, col}, &cell);
     vterm_screen_convert_color_to_rgb(t_->screen, &cell.bg);
@@ -150,7 +152,7 @@ std::string Screen::Row(int row, bool reverse) const {
 
 std::string Screen::All() const {
   std::string all;
-  for (int row = 0; row < kRows; ++row) all += Row(row) + '\n';
+  for (int row = 0; row < t_->rows; ++row) all += Row(row) + '\n';
   return all;
 }
 
@@ -158,6 +160,17 @@ std::pair<int, int> Screen::Cursor() const {
   VTermPos pos;
   vterm_state_get_cursorpos(vterm_obtain_state(t_->vt), &pos);
   return {pos.row, pos.col};
+}
+
+bool Screen::Plain(int row, int col) const {
+  VTermScreenCell cell;
+  vterm_screen_get_cell(t_->screen, {row, col}, &cell);
+  return VTERM_COLOR_IS_DEFAULT_FG(&cell.fg) && VTERM_COLOR_IS_DEFAULT_BG(&cell.bg);
+}
+
+void Screen::HangUp() {
+  close(t_->master);
+  t_->master = -1;
 }
 
 int Screen::Ended() {

@@ -1,5 +1,5 @@
-// The program on a terminal of 24 by 80, looked at through a terminal emulator: keys go in, and
-// what a person would see comes out.
+// The program on a terminal, looked at through a terminal emulator: keys go in, and what a person
+// would see comes out.
 #pragma once
 
 #include <filesystem>
@@ -10,7 +10,8 @@
 class Screen {
  public:
   static bool Possible();  // false where no pseudo-terminal can be had
-  Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir);
+  Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir,
+         int rows = 24, int cols = 80);
   ~Screen();
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
@@ -24,6 +25,8 @@ class Screen {
   std::string Row(int row, bool reverse = false) const;
   std::string All() const;  // the whole screen, a line each row
   std::pair<int, int> Cursor() const;
+  bool Plain(int row, int col) const;  // the cell has the terminal's own colours
+  void HangUp();                       // the terminal goes away
   // The exit status once the program has ended; -1 when a signal ended it or 10 seconds passed.
   int Ended();
 

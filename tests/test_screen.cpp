@@ -3,9 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <sstream>
 
 #include "screen.h"
+#include "session/misc.h"
+#include "session/number.h"
+#include "session_run.h"
 #include "temp_dir.h"
 
 namespace {
@@ -25,13 +29,128 @@ struct Seen {
   std::string text;
 };
 
+// What random keys do to the records of a table in READ, EDIT and BROWSE, told simply.
+struct Model {
+  struct Field {
+    char type;
+    int width, decimals;
+    const char* picture;
+  };
+  static constexpr int kCount = 5;
+  static constexpr Field kFields[] = {{'C', 5, 0, ""},
+                                      {'N', 6, 2, "99#9.9"},
+                                      {'N', 4, 1, ""},
+                                      {'L', 1, 0, "A"},
+                                      {'C', 4, 0, "!X-A"}};
+  using Texts = std::vector<std::string>;
+
+  std::mt19937 random;
+  std::vector<Texts> rows;
+  std::string marks, typed;  // a mark each row; the keys that were taken
+  bool confirm, insert = false;
+
+  int Key() {
+    static const std::string keys =
+        "\4\4\4\23\23\7\7\10\10\26\5\30\11\15\25\1\2\6\32\27\21\3\33\177aZ9.-5 x\"12aZ9.-5 x\"12";
+    typed += keys[random() % keys.size()];
+    return typed.back();
+  }
+  static int Taken(int c, char p) {
+    if (p == 'X' || p == '!') return p == '!' && std::islower(c) ? c - 32 : c;
+    const bool taken =
+        p == 'A' ? std::isalpha(c) : std::strchr("99##", p) && std::strchr("0123456789-+. ", c);
+    return taken ? c : -1;
+  }
+  static void Prep(std::string& text, const std::string& picture) {
+    for (size_t i = 0; i < picture.size(); ++i)
+      if (text[i] < 0 || Taken(text[i], picture[i]) < ' ') text[i] = ' ';
+  }
+  int Get(std::string& text, char type, std::string picture) {
+    const bool given = !picture.empty();
+    if (!given) picture = std::string(text.size(), type == 'N' ? '9' : 'X');
+    if (given) Prep(text, picture);
+    for (size_t at = 0, width = picture.size();;) {
+      const int key = Key(), c = at < width ? Taken(key, picture[at]) : -1;
+      const bool back = key == 8 && at > 0;
+      if (std::strchr("\1\2\5\6\11\15\21\25\27\30\32", key)) return key;
+      at += key == 4 ? at + 1 < width : -(at > 0 && (key == 19 || back));
+      if (at < width && (key == 7 || back)) text.erase(at, 1).insert(width - 1, 1, ' ');
+      insert ^= key == 22;
+      if (c < ' ' || c > '~') continue;
+      if (insert) text.insert(at, 1, ' ').erase(width, 1);
+      if (insert && given) Prep(text, picture);
+      text[at++] = static_cast<char>(c);
+      if (at == width && !confirm) return 13;
+    }
+  }
+  // The form of a number; any other text as it is.
+  static std::string Form(const char* format, const Field& f, const std::string& text) {
+    return f.type == 'N' ? mox::StrFmt(format, f.width, f.decimals, mox::TxtToDbl(text)) : text;
+  }
+  // A stored number that has no room in its form stays when nobody changed it.
+  static bool Stays(const Field& f, const std::string& text, const std::string& stored) {
+    return text == stored && Form("%*.*f", f, text).size() > stored.size();
+  }
+  void Put(size_t rec, const Texts& texts, int from) {
+    for (int i = from; i < kCount; ++i)
+      if (!Stays(kFields[i], texts[i], rows[rec][i]))
+        rows[rec][i] = Form("%*.*f", kFields[i], texts[i]).substr(0, rows[rec][i].size());
+  }
+  void Fill(size_t rec, bool read) {
+    Texts edit = rows[rec], value = edit;
+    char mark = marks[rec];
+    int key = 0;
+    for (int i = 0; key != 17 && key != 23; i = std::min(i, kCount - 1)) {
+      const Field& f = kFields[i];
+      std::string shown = edit[i], &text = edit[i];
+      key = read ? Get(text, f.type, f.picture) : Get(text, 'C', "");
+      if (read) {
+        const bool stars = f.type == 'N' && shown.find('*') != shown.npos;
+        Prep(shown, f.picture);
+        if (!stars || text != shown) value[i] = text;
+        text = Form("% *.*f", f, value[i]);
+        if (const size_t room = value[i].size(), dot = text.find('.'); text.size() > room)
+          text = text.replace(0, dot, dot, '*').substr(text.size() - room);
+      } else if (!Stays(f, text, rows[rec][i])) {
+        const std::string form = Form("%*.*f", f, text);
+        text = form.size() > text.size() ? Form("%*.*f", f, "0") : form;
+      }
+      if (key == 21 && !read) mark ^= ' ' ^ '*';
+      i += key == 5 ? -(i > 0) : key == 9 || key == 13 || key == 24;
+      if (i == kCount && !confirm) key = 23;
+    }
+    if (key == 17) return;
+    Put(rec, read ? value : edit, 0);
+    marks[rec] = mark;
+  }
+  void Browse(size_t rec) {
+    Texts edit = rows[rec];
+    insert = false;
+    for (int key = 0, off = 0; key != 17 && key != 23;) {
+      const std::string before = edit[off];
+      std::string& text = edit[off];
+      key = Get(text, kFields[off].type, "");
+      std::string form = Form("% *.*f", kFields[off], text);
+      if (form.size() > text.size()) form = Form("%*.*f", kFields[off], text);
+      text = form.size() > text.size() ? before : form;
+      const bool row = key == 5 || key == 24, left = (key == 1 || key == 26) && off > 0;
+      const bool right = (key == 2 || key == 6 || key == 9) && off + 1 < kCount;
+      if ((row || key == 23) && edit != rows[rec]) Put(rec, edit, off);
+      if (row) rec += key == 5 ? -(rec > 0) : rec + 1 < rows.size();
+      if (key == 21) marks[rec] ^= ' ' ^ '*';
+      off += right - left;
+      if (row || left || right || key == 2 || key == 26) edit = rows[rec];
+    }
+  }
+};
+
 class ScreenTest : public testing::Test {
  protected:
   void SetUp() override {
     if (!Screen::Possible()) GTEST_SKIP() << "No pseudo-terminal can be had here";
   }
-  void Start(const std::vector<std::string>& args = {}) {
-    screen_ = std::make_unique<Screen>(MOX_PROGRAM, args, dir_.path);
+  void Start(const std::vector<std::string>& args = {}, int rows = 24, int cols = 80) {
+    screen_ = std::make_unique<Screen>(MOX_PROGRAM, args, dir_.path, rows, cols);
   }
   // Types keys, then expects what stands on the screen.
   void Do(const std::string& keys, const std::vector<Seen>& seen = {}) {
@@ -99,10 +218,6 @@ TEST_F(ScreenTest, FormDrawsAndSaves) {
   EXPECT_EQ(Records("p.dbf"), " Al\"         1.3T Eve         8.0F");
   Lines({"? V"});
   EXPECT_NE(screen_->All().find(" XYc"), std::string::npos);
-  // Abandoning drops every field of the form.
-  Lines({"ERASE", "READ"});
-  Do("ZZ" + kEnter + "9" + kEnter + kQuit);
-  EXPECT_EQ(Records("p.dbf"), " Al\"         1.3T Eve         8.0F");
   Quit();
 }
 
@@ -144,33 +259,16 @@ TEST_F(ScreenTest, FormPlacesAndPictures) {
 }
 
 TEST_F(ScreenTest, FieldEntry) {
-  PutBytes("a.cmd",
-           "STORE \"abcd\" TO S\nSTORE \"q\" TO W\nERASE\n@ 5,0 GET S\n@ 6,0 GET W\nREAD\n? "
-           "S+W+\"|\"\n");
+  PutBytes("a.cmd", "STORE \"abcd\" TO S\nERASE\n@ 5,0 GET S\nREAD\n? S+\"|\"\n");
   Start();
-  struct {
-    std::string keys, text;
-  } const cases[] = {
-      {"X" + kDelete + kSave, "Xcd q|"},
-      {kRight + kRight + kBack + kSave, "acd q|"},
-      {Repeat(kRight, 9) + "Z" + kSave, "abcZq|"},  // full: goes to the next field
-      {"12345" + kEnter, "12345|"},                 // the second field is full as well
-      {kRight + kInsert + "12" + kInsert + kSave, "a12bq|"},
-      {"\xc3\xa4\x01\x1a" + kSave, "abcdq|"},
-  };
-  for (const auto& c : cases) {
-    Do("DO a" + kEnter);
-    Do(c.keys, {{22, 1, c.text}});
-  }
   Do("DO a" + kEnter);
   Do(kInsert, {{0, 18, "INSERT"}});
-  Do(kInsert + kQuit);
-  Lines({"SET CONFIRM ON"});
-  Do("DO a" + kEnter);
+  Do(kInsert + Repeat(kRight, 9) + "Z", {{22, 1, "abcZ|"}});  // full, and the last one
+  Lines({"SET CONFIRM ON", "DO a"});
   Do("12345", {{5, 0, ":1234:"}});
   EXPECT_EQ(screen_->Cursor(), std::pair(5, 5));
-  Do(kDelete + kBack + kEnter + "Z" + kEnter + kEnter, {{5, 0, ":123 :"}, {6, 0, ":Z:"}});
-  Do(kSave, {{22, 1, "123 Z|"}});
+  Do(kDelete + kBack + kEnter, {{5, 0, ":123 :"}});
+  Do(kSave, {{22, 1, "123 |"}});
   Quit();
 }
 
@@ -189,8 +287,6 @@ TEST_F(ScreenTest, RecordEditor) {
   Do(kSave);
   // What was only passed by stays, even where it doesn't fit its own form.
   EXPECT_EQ(Records("p.dbf"), "*\"Al\"      99.99-1234 Eve        2.50F 0.5");
-  Do("EDIT 2" + kEnter);
-  Do("Lost" + kMark + kEnter + "1" + kQuit);
   Do("APPEND" + kEnter, {{0, 0, "RECORD # 00003"}, {4, 10, ":    :"}});
   Do("New" + kEnter + "x" + kEnter + "T", {{2, 10, ": 0.00:"}});
   Do("-10" + kEnter);
@@ -238,9 +334,7 @@ TEST_F(ScreenTest, Browse) {
   Do("BROWSE" + kEnter, {{2, 0, "name145    x 145 w"}, {3, 0, "     "}});
   Do(kDown + kPanRight + kPanRight, {{1, 0, "N-- W"}, {2, 0, "145 w"}});
   Do("9" + kPanLeft, {{2, 0, "x 145 w"}});  // a pan drops the row's edits
-  Do(kPanRight + "-99" + kEnter, {{2, 0, "-99 w"}});
-  Do("1.5" + kEnter, {{2, 0, "  2 w"}});
-  Do(kMark, {{0, 32, "DELETED"}});
+  Do(kPanRight + "1.5" + kMark, {{0, 32, "DELETED"}, {2, 0, "  2 w"}});
   Do(Repeat(kTab, 9) + kSave);
   Lines({"? #"});
   EXPECT_NE(screen_->All().find("\n  45\n"), std::string::npos) << screen_->All();
@@ -313,6 +407,106 @@ TEST_F(ScreenTest, ProgramEditor) {
   fs::create_directory("d.cmd");
   Do("MODIFY COMMAND d" + kEnter, {{22, 0, "CANNOT CREATE FILE d.cmd"}});
   Quit();
+}
+
+TEST_F(ScreenTest, RandomKeysAndTheModel) {
+  const std::vector<std::string> records = {"Bob    1.25 0.5TAb-c", std::string(20, ' '),
+                                            "Eve  1234561234T xy ", " \"\xc3\xa4  -9.99-0.5Fabcd"};
+  std::string format;
+  for (int i = 0; i < Model::kCount; ++i)
+    format += mox::StrFmt("@ %d,0 GET %c PICTURE \"%s\"\n", i, 'A' + i, Model::kFields[i].picture);
+  PutBytes("f.fmt", format);
+  for (unsigned seed = 1; seed <= 40; ++seed) {
+    Model m{
+        std::mt19937(seed), {}, "    ", "SET SCREEN OFF\nUSE p\nSET FORMAT TO f\n", seed % 2 == 0};
+    if (m.confirm) m.typed += "SET CONFIRM ON\n";
+    for (const auto& record : records) {
+      size_t at = 0;
+      m.rows.emplace_back();
+      for (const auto& f : Model::kFields)
+        m.rows.back().push_back(record.substr(at, f.width)), at += f.width;
+    }
+    Table("p.dbf", {"A,C,5", "B,N,6,2", "C,N,4,1", "D,L,1", "E,C,4"}, records);
+    for (int round = 0; round < 8; ++round) {
+      const size_t rec = m.random() % records.size(), kind = m.random() % 3;
+      const char* const statements[] = {"EDIT", "READ", "BROWSE"};
+      m.typed += mox::StrFmt("GOTO %zu\n%s\n", rec + 1, statements[kind]);
+      kind == 2 ? m.Browse(rec) : m.Fill(rec, kind == 1);
+    }
+    PutBytes("in", m.typed + "QUIT\n");
+    EXPECT_EQ(RunProgram(MOX_PROGRAM, {}, ".", "."), "");
+    std::string wanted;
+    for (size_t i = 0; i < records.size(); ++i)
+      for (const auto& text : (wanted += m.marks[i], m.rows[i])) wanted += text;
+    EXPECT_EQ(Records("p.dbf"), wanted) << seed;
+  }
+}
+
+// A larger window has room for more of a text and tells the keys in its 25th row, a smaller one is
+// told of once; the colours of fields go with the statement.
+TEST_F(ScreenTest, Windows) {
+  struct {
+    int rows, cols;
+    std::pair<int, int> edge, cursor;
+    std::string shown;
+  } const cases[] = {{24, 80, {23, 79}, {3, 21}, "H"},
+                     {30, 120, {23, 79}, {2, 101}, "HELLO"},
+                     {20, 60, {19, 59}, {3, 41}, "H"}};
+  PutBytes("a.cmd", "ERASE\n@ 30,100 SAY \"HELLO\"\n@ 2,0 GET V\n@ 3,0\n");
+  PutBytes("b.cmd", std::string(100, 'b') + "\n");
+  for (const auto& c : cases) {
+    Table("p.dbf", {"A,C,1", "W,C,120"}, {std::string(121, 'w')});
+    Start({}, c.rows, c.cols);
+    Lines({"USE p", "STORE 1 TO V", "DO a"});
+    if (c.rows < 24) Do("", {{8, 0, "WINDOW OF 20 X 60: SCREENS NEED 24 X 80 WAITING"}});
+    Do(c.rows < 24 ? " " : "", {{c.edge.first, c.edge.second, c.shown}, {2, 0, ":         1:"}});
+    EXPECT_TRUE(screen_->Plain(3, 0));
+    Do("EDIT 1" + kEnter);
+    Do(kDown + Repeat(kRight, 90));
+    EXPECT_EQ(screen_->Cursor(), c.cursor);
+    EXPECT_EQ(screen_->All().find("\nCtrl-W saves, ") != std::string::npos, c.rows > 24);
+    Do("X" + kSave, {{std::min(24, c.rows - 1), 0, "."}});
+    EXPECT_TRUE(screen_->Plain(screen_->Cursor().first, 0));
+    EXPECT_EQ(Records("p.dbf"), " " + std::string(91, 'w') + "X" + std::string(29, 'w'));
+    Do("MODIFY COMMAND b" + kEnter);
+    EXPECT_EQ(screen_->Row(1).size(), static_cast<size_t>(std::min(c.cols, 100)));
+    Do(kQuit);
+    Quit();
+  }
+}
+
+// One key, whatever its bytes, and one letter, whatever its columns.
+TEST_F(ScreenTest, KeysAndLettersOfSeveralBytes) {
+  PutBytes("a.cmd", "ERASE\n@ 5,0 GET A\n@ 6,0 GET N\nREAD\nWAIT TO K\nACCEPT TO L\n");
+  Start();
+  Lines({"STORE \"\xc3\xa4\xe2\x82\xac\"+\"b  \" TO A", "STORE 123456789012 TO N", "DO a"});
+  Do(Repeat(kRight, 5), {{5, 0, ":??b     :"}});
+  EXPECT_EQ(screen_->Cursor(), std::pair(5, 3));
+  for (const char* key : {"\xc3\xa4", "\xe0\xa4\x85", "\x1bx", "\x1bOc", "\x1b[9~"}) Do(key);
+  EXPECT_EQ(screen_->Cursor(), std::pair(5, 3));
+  // Stars hide a number until it is typed over.
+  Do("X" + kDown + "9" + kUp, {{6, 0, ":*************:"}});
+  Do("\x1bOM" + kUp + kDown + "77" + kSave);
+  Do("\xc3\xa4typed" + kEnter);
+  Lines({"? A+K+L", "? N"});
+  EXPECT_NE(screen_->All().find("X   typed\n"), std::string::npos) << screen_->All();
+  EXPECT_NE(screen_->All().find(" 77\n"), std::string::npos) << screen_->All();
+  Quit();
+}
+
+// Unsaved lines outlive the terminal, and those that outlived another one.
+TEST_F(ScreenTest, HangUp) {
+  PutBytes("a.cmd", "one\n");
+  for (const std::string name : {"a.cmd.rescue", "a.cmd.rescue2"}) {
+    Start();
+    const bool again = fs::exists("a.cmd.rescue");
+    const std::string told = again ? "UNSAVED LINES OF a.cmd ARE IN a.cmd.rescue WAITING" : "";
+    Do("MODIFY COMMAND a" + kEnter, {{23, 0, told}});
+    Do((again ? " " : "") + std::string("new\x03"), {{1, 0, "newone"}});
+    screen_->HangUp();
+    EXPECT_EQ(screen_->Ended(), -1);
+    EXPECT_EQ(Bytes("a.cmd") + Bytes(name), "one\nnewone\n");
+  }
 }
 
 // Any byte, at any place: the program goes on, and what wasn't saved isn't written.

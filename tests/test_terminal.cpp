@@ -66,11 +66,15 @@ struct Terminal {
   }
 };
 
-// Tells keys up to a q, then a line, and so on.
+// Tells keys up to a q, then, when a byte comes from the other side, a line, and so on.
+int g_goOn[2];
 void KeysAndLines() {
-  for (;;) {
+  for (char byte;;) {
     std::printf("keys");
     for (int key = 0; key != 'q';) std::printf("<%d>", key = _getch());
+    std::printf("busy");
+    std::fflush(stdout);
+    if (read(g_goOn[0], &byte, 1) != 1) return;
     std::printf("line");
     std::string line;
     if (!OS_ReadLine(80, line)) return;
@@ -81,6 +85,7 @@ void KeysAndLines() {
 }  // namespace
 
 TEST(Terminal, KeysAndLinesAlternate) {
+  ASSERT_EQ(pipe(g_goOn), 0);
   Terminal t(KeysAndLines);
   if (t.pid < 0) GTEST_SKIP() << "No pseudo-terminal can be had here";
   ASSERT_TRUE(t.type("", "keys"));
@@ -89,11 +94,22 @@ TEST(Terminal, KeysAndLinesAlternate) {
     EXPECT_TRUE(t.type({static_cast<char>(key)}, "<" + std::to_string(key) + ">")) << t.seen;
   EXPECT_TRUE(t.type("\r\x7f", "<13><8>")) << t.seen;
   EXPECT_TRUE(t.type("\x1b", "<27>")) << t.seen;
-  EXPECT_TRUE(t.type("\x1b[A\x1bOB\x1b[3~\x1b[1;5C\x1b[99~\x1bOP\x1b[21~x\x1bz",
-                     "<224><72><224><80><224><83><224><77><0><59><0><68><120><27><122>"))
+  EXPECT_TRUE(t.type("\x1b[A\x1bOB\x1b[3~\x1b[1;5C\x1bO5P\x1b[21~x\x1bOM\x1bOp",
+                     "<224><72><224><80><224><83><224><77><0><59><0><68><120><13><48>"))
       << t.seen;
+  // Whatever has no code is one key: unknown sequences, a broken one, Alt with a letter, letters.
+  EXPECT_TRUE(t.type("\x1b[99~\x1bOc\x1b[[Z\x1b[1;2\x18\x1bz\x1b\xc3\xa4\xd9\x80\xe0\xa4\x85x",
+                     "<255><255><255><255><24><255><255><255><255><120>"))
+      << t.seen;
+  // Between two keys they aren't echoed, and Ctrl-C stops the program.
+  EXPECT_TRUE(t.type("q", "<113>busy"));
+  termios busy = {};
+  tcgetattr(t.fd, &busy);
+  EXPECT_EQ(busy.c_lflag & (ECHO | ICANON | ISIG), static_cast<tcflag_t>(ISIG));
   // Typed ahead: what follows the q is a line.
-  EXPECT_TRUE(t.type("qab\rqcd", "line[ab\r\n]keys<113>line")) << t.seen;
+  EXPECT_TRUE(t.type("ab\rqcd", "")) << t.seen;
+  ASSERT_EQ(write(g_goOn[1], "gg", 2), 2);
+  EXPECT_TRUE(t.type("", "line[ab\r\n]keys<113>busyline")) << t.seen;
   EXPECT_NE(t.mode(), keyMode);
   EXPECT_TRUE(t.type("xy\x7fz\n", "[cdxz\r\n]keys")) << t.seen;
   EXPECT_EQ(t.mode(), keyMode);
@@ -103,6 +119,7 @@ TEST(Terminal, InterruptsAndSignals) {
   const TempDir folder;
   PutBytes("poll.cmd", "? 6*8\nDO WHILE INKEY()<>\"q\"\nENDDO\n");
   PutBytes("loop.cmd", "? 6*7\nDO WHILE 1=1\nENDDO\n");
+  PutBytes("keys.cmd", "DO WHILE 1=1\nWAIT\nENDDO\n");
   Terminal t([] { execl(MOX_PROGRAM, MOX_PROGRAM, nullptr); });
   if (t.pid < 0) GTEST_SKIP() << "No pseudo-terminal can be had here";
   ASSERT_TRUE(t.type("", ". "));
@@ -118,10 +135,11 @@ TEST(Terminal, InterruptsAndSignals) {
       {"q", ". "},
       {"ACCEPT \"name\" TO X\n", "name:"},
       {"abc" + interrupt, stopped},
-      {"WAIT\n", "WAITING"},
-      {interrupt, "\r\n. "},
+      {"DO keys\n", "WAITING"},
+      {"x", "WAITING"},
+      {interrupt, stopped},
       {"? RUN(\"sh\",\"-c \"\"stty raw -echo; exit 4\"\"\")\n", "4 \r\n. "},
-      {"WAIT\n", "WAITING"},
+      {"STORE 1 TO V : @ 1,1 GET V : READ\n", ":\033[2;3H"},
   };
   for (const auto& [keys, seen] : cases) {
     ASSERT_TRUE(t.type(keys, seen)) << keys << t.seen;
@@ -132,6 +150,7 @@ TEST(Terminal, InterruptsAndSignals) {
   ASSERT_EQ(kill(t.pid, SIGTERM), 0);
   ASSERT_EQ(waitid(P_PID, static_cast<id_t>(t.pid), &end, WEXITED | WNOWAIT), 0);
   EXPECT_EQ(end.si_status, SIGTERM);
+  EXPECT_TRUE(t.type("", "\033[0m"));  // and the colours are taken back
   EXPECT_EQ(t.mode(), found);
 }
 

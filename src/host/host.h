@@ -2,9 +2,10 @@
 //
 // Keys and lines come from one stream, the standard input, in the order in which they were typed
 // or piped in; both kinds of read share one buffer, so that they can alternate without losing a
-// byte. The terminal is in line mode with echo except while a key is awaited or
-// OS_HoldKeys holds and, from _kbhit on, up to the next read of a line. It is put back as it was
-// found behind each wait, at the end of the program and when a signal stops it.
+// byte. The terminal is in line mode with echo up to the first look for a key and from each read of
+// a line on: what is typed between two keys is neither echoed nor taken for line editing. It is put
+// back as it was found for each line, for another program, at the end of this one and when a signal
+// stops it.
 #pragma once
 
 #include <cstddef>
@@ -13,22 +14,43 @@
 
 namespace mox {
 
-constexpr int keyEnd = -1;  // _getch at the end of the input
+constexpr int keyEnd = -1;       // _getch at the end of the input
+constexpr int keyInterrupt = 3;  // Ctrl-C
+constexpr int keyOther = 255;    // a key without a code of its own
 
 // Called once at start, before any file is opened: the console interprets ANSI sequences from now
 // on, each of the three standard streams is open, and a refused write is an error of that write
 // and never the program's end.
 void ansi_on();
 
+// The size of the window in which the output is seen; 24 by 80 when it isn't known, and no rows and
+// columns when the output is no terminal.
+struct Window {
+  int rows = 0, cols = 0;
+};
+Window OS_WindowSize();
+
+// True when the input is a terminal.
+bool OS_KeysAreTyped();
+
+// What the terminal needs to look as it did before, for a signal that stops the program; null when
+// it needs nothing. The text isn't copied.
+void OS_SetRestoreText(const char* text);
+
+// Begins, with true, and ends a time in which the program can't end at once: a hang-up of the
+// terminal, or a request to end, is the end of the input, and ends the program behind it.
+void OS_HoldEnd(bool hold);
+
 // Waits for one key, without echo and without line buffering, and gives one byte of it. A cursor
 // or function key gives two bytes in two calls: 0 or 224, then its scan code (72 Up, 75 Left,
 // 77 Right, 80 Down, 82 Insert, 83 Delete, 71 Home, 79 End, 73 Page Up, 81 Page Down, 59 to 68
 // F1 to F10). Every control key arrives as its code, Enter as 13, Backspace as 8, a lone Escape
-// as 27. keyEnd at the end of the input.
+// as 27. A letter beyond ASCII and an unknown sequence are one key, keyOther, however many bytes
+// they have. keyEnd at the end of the input.
 int _getch();
 
-// Begins, with true, and ends a time in which many keys are awaited: the terminal stays ready for
-// keys between two waits, so that what is typed there is neither echoed nor taken for line editing.
+// Begins, with true, and ends a time in which many keys are awaited: Ctrl-C is a key between two
+// waits, too.
 void OS_HoldKeys(bool hold);
 
 // True when a key is pending; doesn't wait, doesn't take it.
@@ -39,10 +61,10 @@ bool _kbhit();
 // when Ctrl-C breaks the read off.
 bool OS_ReadLine(size_t max, std::string& line);
 
-// Ctrl-C. While a key is awaited it is a key as any other. At all other times, from
-// OS_CatchInterrupt on, it is noted, and breaks off a read of a line, which then gives false. The
-// note stays until it is forgotten, and what was typed before it with it; input that isn't a
-// terminal ends with it.
+// Ctrl-C. While a key is awaited it is a key as any other, but noted as well when it comes from a
+// terminal. At all other times, from OS_CatchInterrupt on, it is noted, and breaks off a read of a
+// line, which then gives false. The note stays until it is forgotten, and what was typed before it
+// with it; input that isn't a terminal ends with an interrupt that was no key.
 void OS_CatchInterrupt();
 bool OS_Interrupted();
 void OS_ForgetInterrupt();

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -22,6 +23,7 @@ namespace {
 constexpr int _endMark = 0x1A;
 constexpr int _endOfFileKey = 4;
 constexpr int _forever = -1;
+constexpr Window _usualWindow = {24, 80};
 constexpr int _sequenceWait = 50;  // ms in which the rest of an escape sequence arrives
 
 // Bytes read and not yet taken: _buf[_pos] to _buf[_end - 1].
@@ -38,19 +40,33 @@ bool _isTerminal() {
 
 // How the terminal stands. In line mode it is as it was found. In key mode bytes come as they are
 // typed, without echo, and control keys are keys. Poll mode is the same, but Ctrl-C is a signal: a
-// program that looks for keys while it runs stays in it up to the next read of a line, so that what
-// is typed between two looks isn't echoed. A signal that stops this program meanwhile first puts
-// the terminal back.
+// program that has taken or looked for a key stays in it up to the next read of a line, so that
+// what is typed between two keys isn't echoed. A signal that stops this program meanwhile first
+// puts the terminal back.
 enum class Mode { line, poll, keys };
-Mode _mode = Mode::line;
+volatile Mode _mode = Mode::line;
 termios _found, _set;
 constexpr int _stops[] = {SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
 struct sigaction _beforeStop[std::size(_stops)], _beforeContinue;
+bool _watching = false;  // the signals are taken over
+const char* volatile _restoreText = nullptr;
+volatile sig_atomic_t _holdEnd = 0;
+volatile sig_atomic_t _endSignal = 0;  // which came meanwhile
+
+void _putBack() {
+  [[maybe_unused]] ssize_t n = 0;
+  if (_restoreText) n = write(STDOUT_FILENO, _restoreText, std::strlen(_restoreText));
+  if (_mode != Mode::line) tcsetattr(STDIN_FILENO, TCSANOW, &_found);
+}
 
 // Lets the signal do what it does by default. Only a stopped job comes back here.
 void _onStop(int sig) {
+  if (_holdEnd && (sig == SIGTERM || sig == SIGHUP)) {
+    _endSignal = sig;
+    return;
+  }
   const int error = errno;
-  tcsetattr(STDIN_FILENO, TCSANOW, &_found);
+  _putBack();
   struct sigaction byDefault = {}, ours;
   byDefault.sa_handler = SIG_DFL;
   sigaction(sig, &byDefault, &ours);
@@ -66,7 +82,7 @@ void _onStop(int sig) {
 
 void _onContinue(int) {
   const int error = errno;
-  tcsetattr(STDIN_FILENO, TCSANOW, &_set);
+  if (_mode != Mode::line) tcsetattr(STDIN_FILENO, TCSANOW, &_set);
   errno = error;
 }
 
@@ -80,13 +96,27 @@ void _handle(int sig, void (*handler)(int), struct sigaction& before) {
   if (before.sa_handler != SIG_IGN) sigaction(sig, &action, nullptr);
 }
 
+// Takes the signals over while the terminal isn't as it was found.
+void _watch(bool on) {
+  if (on == _watching) return;
+  _watching = on;
+  if (on) {
+    for (size_t i = 0; i < std::size(_stops); ++i) _handle(_stops[i], _onStop, _beforeStop[i]);
+    _handle(SIGCONT, _onContinue, _beforeContinue);
+  } else {
+    for (size_t i = 0; i < std::size(_stops); ++i) sigaction(_stops[i], &_beforeStop[i], nullptr);
+    sigaction(SIGCONT, &_beforeContinue, nullptr);
+  }
+}
+
+void _watchIfNeeded() { _watch(_mode != Mode::line || _restoreText || _holdEnd); }
+
 void _setMode(Mode mode) {
   if (mode == _mode || !_isTerminal()) return;
   if (_mode == Mode::line) {
     if (tcgetattr(STDIN_FILENO, &_found) != 0) return;
     _set = _found;
-    for (size_t i = 0; i < std::size(_stops); ++i) _handle(_stops[i], _onStop, _beforeStop[i]);
-    _handle(SIGCONT, _onContinue, _beforeContinue);
+    _watch(true);
   }
   if (mode != Mode::line) {
     termios raw = _found;
@@ -99,17 +129,14 @@ void _setMode(Mode mode) {
   }
   _mode = mode;
   tcsetattr(STDIN_FILENO, TCSANOW, mode == Mode::line ? &_found : &_set);
-  if (mode == Mode::line) {
-    for (size_t i = 0; i < std::size(_stops); ++i) sigaction(_stops[i], &_beforeStop[i], nullptr);
-    sigaction(SIGCONT, &_beforeContinue, nullptr);
-  }
+  _watchIfNeeded();
 }
 
-// Holds the terminal in key mode.
+// Holds the terminal in key mode, and then in poll mode.
 class KeyMode {
  public:
   KeyMode() { _setMode(Mode::keys); }
-  ~KeyMode() { _setMode(_before); }
+  ~KeyMode() { _setMode(_before == Mode::keys ? Mode::keys : Mode::poll); }
   KeyMode(const KeyMode&) = delete;
   KeyMode& operator=(const KeyMode&) = delete;
 
@@ -121,17 +148,18 @@ struct AtEnd {
   ~AtEnd() { PosixLineMode(); }
 } _atEnd;
 
-// Ctrl-C while no key is awaited.
+// Ctrl-C while no key is awaited, and as a key.
 volatile sig_atomic_t _interrupted = 0;
+bool _interruptKey = false;
 struct sigaction _beforeInterrupt;
 void _onInterrupt(int) { _interrupted = 1; }
 
-// True when input can be read within ms. Its end counts as input. False at once when Ctrl-C breaks
-// the wait off.
+// True when input can be read within ms. Its end counts as input. False at once when Ctrl-C or the
+// end of the program breaks the wait off.
 bool _waitInput(int ms) {
   pollfd fd = {STDIN_FILENO, POLLIN, 0};
   for (;;) {
-    if (_interrupted) return false;
+    if (_interrupted || _endSignal) return false;
     const int ready = poll(&fd, 1, ms);
     if (ready >= 0 || errno != EINTR) return ready > 0;
   }
@@ -173,8 +201,17 @@ bool _have(size_t i, int ms) {
 
 int _take(int ms) { return _have(0, ms) ? _buf[_pos++] : keyEnd; }
 
-// The i-th byte ahead of an escape sequence, which comes in one go.
+// The i-th byte ahead of a key of several bytes, which comes in one go.
 int _ahead(size_t i) { return _have(i, _sequenceWait) ? _buf[_pos + i] : keyEnd; }
+
+// Takes the letter that was typed with the Alt key, which comes together with an Escape: false when
+// there is none, as on input that isn't a terminal.
+bool _takeAlt() {
+  if (!_isTerminal() || _pos == _end || _buf[_pos] < ' ') return false;
+  const int first = _buf[_pos++];
+  _pos += LetterTail(first, _ahead);
+  return true;
+}
 
 }  // namespace
 
@@ -189,6 +226,28 @@ void ansi_on() {
   signal(SIGXFSZ, SIG_IGN);
 }
 
+Window OS_WindowSize() {
+  static const bool terminal = isatty(STDOUT_FILENO);
+  winsize size = {};
+  if (!terminal) return {};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0)
+    return _usualWindow;
+  return {size.ws_row, size.ws_col};
+}
+
+bool OS_KeysAreTyped() { return _isTerminal(); }
+
+void OS_SetRestoreText(const char* text) {
+  _restoreText = text;
+  _watchIfNeeded();
+}
+
+void OS_HoldEnd(bool hold) {
+  _holdEnd = hold;
+  if (!hold && _endSignal) raise(_endSignal);
+  _watchIfNeeded();
+}
+
 int _getch() {
   if (_scanCode >= 0) {
     const int second = _scanCode;
@@ -196,26 +255,24 @@ int _getch() {
     return second;
   }
   const KeyMode mode;
-  for (;;) {
-    const int c = _take(_forever);
-    if (c == '\r') _skipLf = !_isTerminal();
-    if (c == '\n') return '\r';
-    if (c == 127 && _isTerminal()) return '\b';
-    if (c != keyEscape) return c;
-    const Sequence sequence = FoldSequence(_ahead);
-    if (sequence.scanCode < 0) return c;
-    _pos += sequence.length;
-    if (sequence.scanCode == 0) continue;
-    _scanCode = sequence.scanCode;
-    return FirstHalf(_scanCode);
-  }
+  const int c = _take(_forever);
+  if (c == '\r') _skipLf = !_isTerminal();
+  if (c == '\n') return '\r';
+  if (c == 127 && _isTerminal()) return '\b';
+  if (c == keyInterrupt && _isTerminal()) _interruptKey = true;
+  const size_t tail = LetterTail(c, _ahead);
+  _pos += tail;
+  if (tail > 0) return keyOther;
+  if (c != keyEscape) return c;
+  const Sequence sequence = FoldSequence(_ahead);
+  if (sequence.scanCode < 0) return _takeAlt() ? keyOther : c;
+  _pos += sequence.length;
+  if (sequence.scanCode == 0) return sequence.key;
+  _scanCode = sequence.scanCode;
+  return FirstHalf(_scanCode);
 }
 
-void OS_HoldKeys(bool hold) {
-  static Mode before = Mode::line;
-  if (hold) before = _mode;
-  _setMode(hold ? Mode::keys : before);
-}
+void OS_HoldKeys(bool hold) { _setMode(hold ? Mode::keys : Mode::poll); }
 
 bool _kbhit() {
   if (_scanCode >= 0 || _pos + _skipLf < _end) return true;
@@ -250,11 +307,12 @@ bool OS_ReadLine(size_t max, std::string& line) {
 
 void OS_CatchInterrupt() { _handle(SIGINT, _onInterrupt, _beforeInterrupt); }
 
-bool OS_Interrupted() { return _interrupted; }
+bool OS_Interrupted() { return _interrupted || _interruptKey; }
 
 void OS_ForgetInterrupt() {
-  if (!_interrupted) return;
+  if (!OS_Interrupted()) return;
   _interrupted = 0;
+  _interruptKey = false;
   _pos = _end;
   _skipLf = false;
   _scanCode = -1;

@@ -9,7 +9,7 @@ namespace mox {
 
 namespace {
 
-constexpr size_t _maxSequence = 16;
+constexpr size_t _maxSequence = 32;
 
 struct Known {
   std::string_view text;
@@ -26,45 +26,63 @@ constexpr Known _sequences[] = {
     {"[21~", 68},
 };
 
-// The sequence ahead: its text, empty when what comes is none.
+// True when this isn't the last character of a sequence.
+bool _goesOn(const std::string& text) {
+  const char c = text.back();
+  if (text[0] == 'O') return (c >= '0' && c <= '9') || c == ';';
+  return c < '@' || text == "[[";
+}
+
+// The sequence ahead, as far as it comes; empty when what comes is none.
 std::string _peek(int (*ahead)(size_t i)) {
   std::string text;
   while (text.size() < _maxSequence) {
     const int c = ahead(text.size());
-    if (c == keyEnd) break;
+    const bool kind = text.empty() ? c == '[' || c == 'O' : c >= ' ' && c <= '~';
+    if (!kind) break;
     text += static_cast<char>(c);
-    if (text.size() == 1) {
-      if (c != '[' && c != 'O') break;
-    } else if (text[0] == 'O' || text[1] == '[') {
-      if (text.size() == (text[0] == 'O' ? 2 : 3)) return text;
-    } else if (c >= 0x40 && c <= 0x7E) {
-      return text;
-    } else if (c < 0x20 || c > 0x7E) {
-      break;
-    }
+    if (text.size() > 1 && !_goesOn(text)) break;
   }
-  return {};
+  return text.size() > 1 ? text : "";
 }
 
-// The sequence without the modifier keys: "[1;5C" is "[C", "[3;2~" is "[3~".
+// The sequence without the modifier keys: "[1;5C" is "[C", "[3;2~" is "[3~", "O5P" is "OP".
 std::string _plain(std::string sequence) {
   const size_t semicolon = sequence.find(';');
-  if (semicolon == sequence.npos) return sequence;
   const char final = sequence.back();
-  sequence.erase(final == '~' ? semicolon : 1);
+  if (sequence[0] == 'O')
+    sequence.erase(1);
+  else if (semicolon != sequence.npos)
+    sequence.erase(final == '~' ? semicolon : 1);
+  else
+    return sequence;
   return sequence += final;
+}
+
+// What a key of the keypad types when the terminal sends it as "O" and the character plus 64.
+int _keypad(const std::string& sequence) {
+  const char final = sequence.back();
+  const bool known = sequence[0] == 'O' && ((final >= 'j' && final <= 'y') || final == 'M');
+  return known ? final - 64 : keyOther;
 }
 
 }  // namespace
 
 Sequence FoldSequence(int (*ahead)(size_t i)) {
   const std::string sequence = _peek(ahead);
-  if (sequence.empty()) return {-1, 0};
+  if (sequence.empty()) return {-1, keyOther, 0};
   const std::string plain = _plain(sequence);
-  int scanCode = sequence[0] == '[' ? 0 : -1;
   for (const Known& known : _sequences)
-    if (known.text == plain) scanCode = known.scanCode;
-  return {scanCode, scanCode < 0 ? 0 : sequence.size()};
+    if (known.text == plain) return {known.scanCode, keyOther, sequence.size()};
+  return {0, _keypad(plain), sequence.size()};
+}
+
+size_t LetterTail(int first, int (*ahead)(size_t i)) {
+  if (first < 0xC2 || first > 0xF4) return 0;
+  const size_t size = first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;
+  for (size_t i = 0; i < size; ++i)
+    if (const int c = ahead(i); c < 0x80 || c > 0xBF) return 0;
+  return size;
 }
 
 int FirstHalf(int scanCode) { return scanCode >= 59 && scanCode <= 68 ? 0 : 224; }

@@ -26,6 +26,8 @@ constexpr int _sequenceWait = 50;  // ms in which the rest of an escape sequence
 constexpr DWORD _pollEvery = 5;    // ms between two looks at a pipe
 constexpr DWORD _noteWait = 1000;  // ms in which Ctrl-C is noted
 constexpr DWORD _showEvery = 100;  // ms in which printed output appears
+constexpr DWORD _endWait = 4000;   // ms in which a program ends that can't end at once
+constexpr Window _usualWindow = {24, 80};
 constexpr size_t _outputSize = 4096;
 constexpr DWORD _ansiMode = 7;  // processed output, wrap at the end of line, ANSI sequences
 
@@ -54,7 +56,10 @@ bool _outputFound = false;
 DWORD _foundMode;
 UINT _foundPage;
 
+std::atomic<const char*> _restoreText = nullptr;
+
 void _restore() {
+  if (const char* text = _restoreText) std::fputs(text, stdout);
   std::fflush(stdout);
   SetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), _foundMode);
   SetConsoleOutputCP(_foundPage);
@@ -63,12 +68,26 @@ void _restore() {
 // Ctrl-C while no key is awaited is noted. Other events do what they do by default, with the
 // console as it was found. The host calls this in a thread of its own.
 std::atomic<bool> _interrupted = false;
+bool _interruptKey = false;  // and as a key
+
+// The end of the program, while it can't end at once, is the end of the input.
+std::atomic<bool> _holdEnd = false, _ending = false;
+
+// Lets the program go on to its end. An event without a meaning ends its wait for a key.
+void _endSoon() {
+  _ending = true;
+  const INPUT_RECORD nothing = {};
+  DWORD n = 0;
+  WriteConsoleInputW(_input(), &nothing, 1, &n);
+  for (DWORD ms = 0; ms < _endWait && _holdEnd; ms += _pollEvery) Sleep(_pollEvery);
+}
 
 BOOL WINAPI _onEvent(DWORD event) {
   if (event == CTRL_C_EVENT) {
     _interrupted = true;
     return TRUE;
   }
+  if (_holdEnd) _endSoon();
   if (_outputFound) _restore();
   return FALSE;
 }
@@ -159,8 +178,11 @@ int _byte(size_t at) { return static_cast<unsigned char>(_buf[at]); }
 
 int _take(int ms) { return _have(0, ms) ? _byte(_pos++) : keyEnd; }
 
-// The i-th byte ahead of an escape sequence, which comes in one go.
-int _ahead(size_t i) { return _have(i, _sequenceWait) ? _byte(_pos + i) : keyEnd; }
+// The i-th byte ahead of a key of several bytes, which comes in one go.
+int _ahead(size_t i) {
+  const bool there = _isConsole() ? _pos + i < _buf.size() : _have(i, _sequenceWait);
+  return there ? _byte(_pos + i) : keyEnd;
+}
 
 // The extended keys of a console.
 struct ExtendedKey {
@@ -214,6 +236,7 @@ int _consoleKey() {
   std::fflush(nullptr);
   const KeyMode mode;
   while (_pos == _buf.size()) {
+    if (_ending) return keyEnd;
     INPUT_RECORD event;
     DWORD n = 0;
     if (!ReadConsoleInputW(_input(), &event, 1, &n) || n == 0) return keyEnd;
@@ -254,26 +277,45 @@ void ansi_on() {
     CloseHandle(thread);
 }
 
+Window OS_WindowSize() {
+  CONSOLE_SCREEN_BUFFER_INFO info;
+  const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+  DWORD mode;
+  if (!GetConsoleMode(output, &mode)) return {};
+  if (!GetConsoleScreenBufferInfo(output, &info)) return _usualWindow;
+  // Lines are folded where the buffer ends, which may be wider than the window.
+  return {info.srWindow.Bottom - info.srWindow.Top + 1, info.dwSize.X};
+}
+
+bool OS_KeysAreTyped() { return _isConsole(); }
+
+void OS_SetRestoreText(const char* text) { _restoreText = text; }
+
+void OS_HoldEnd(bool hold) { _holdEnd = hold; }
+
 int _getch() {
   if (_scanCode >= 0) {
     const int second = _scanCode;
     _scanCode = -1;
     return second;
   }
-  for (;;) {
-    _dropLf();
-    if (_isConsole() && _pos == _buf.size()) return _consoleKey();
-    const int c = _take(_forever);
-    if (c == '\r') _skipLf = true;
-    if (c == '\n') return '\r';
-    if (c != keyEscape || _isConsole()) return c;
-    const Sequence sequence = FoldSequence(_ahead);
-    if (sequence.scanCode < 0) return c;
-    _pos += sequence.length;
-    if (sequence.scanCode == 0) continue;
-    _scanCode = sequence.scanCode;
-    return FirstHalf(_scanCode);
-  }
+  _dropLf();
+  const bool event = _isConsole() && _pos == _buf.size();
+  const int c = event ? _consoleKey() : _take(_forever);
+  if (event && _scanCode >= 0) return c;
+  if (c == '\r' && !event) _skipLf = true;
+  if (c == '\n') return '\r';
+  if (c == keyInterrupt && _isConsole()) _interruptKey = true;
+  const size_t tail = LetterTail(c, _ahead);
+  _pos += tail;
+  if (tail > 0) return keyOther;
+  if (c != keyEscape || _isConsole()) return c;
+  const Sequence sequence = FoldSequence(_ahead);
+  if (sequence.scanCode < 0) return c;
+  _pos += sequence.length;
+  if (sequence.scanCode == 0) return sequence.key;
+  _scanCode = sequence.scanCode;
+  return FirstHalf(_scanCode);
 }
 
 // The console keeps keys as they are typed, whatever the mode, up to the read.
@@ -307,10 +349,11 @@ bool OS_ReadLine(size_t max, std::string& line) {
 
 void OS_CatchInterrupt() { SetConsoleCtrlHandler(_onEvent, TRUE); }
 
-bool OS_Interrupted() { return _interrupted; }
+bool OS_Interrupted() { return _interrupted || _interruptKey; }
 
 void OS_ForgetInterrupt() {
-  if (!_interrupted) return;
+  if (!OS_Interrupted()) return;
+  _interruptKey = false;
   if (_isConsole()) FlushConsoleInputBuffer(_input());
   _interrupted = false;
   _pos = _buf.size();

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
+#include "screen/moxedit.h"
 #include "screen/scr.h"
 #include "session/misc.h"
 #include "session/number.h"
@@ -21,6 +23,8 @@ constexpr int rowCols = 79;
 constexpr int stepUp = 5;  // records by which the window moves up
 constexpr int deletedCol = 32;
 constexpr int lastPan = 31;
+constexpr std::string_view hint =
+    "Ctrl-W saves, Ctrl-Q leaves, Up, Down rows, Tab, Ctrl-A columns, Ctrl-U deletes";
 
 struct View {
   int start = 0;  // record in the first row
@@ -73,16 +77,18 @@ int SayRow(int off, int row, bool reverse, const Lines& texts) {
     if (reverse)
       ScrSayRev(row, col, texts[n]);
     else
-      ScrSay(row, col, ScrPlain(texts[n]));
+      ScrSay(row, col, ScrDrawn(texts[n]));
   }
   return n;
 }
 
 void WriteRow(const View& v) {
   dbRepl0(selectedArea);
-  for (size_t i = 0; i < v.texts.size(); ++i)
-    if (v.texts[i] != v.saved[i])
-      dbSetVal(selectedArea, v.off + static_cast<int>(i), s2qs(v.texts[i]));
+  for (size_t i = 0; i < v.texts.size(); ++i) {
+    const int field = v.off + static_cast<int>(i);
+    if (!StaysStored(field, v.texts[i], v.saved[i]))
+      dbSetVal(selectedArea, field, s2qs(v.texts[i]));
+  }
   dbReplace(selectedArea);
 }
 
@@ -190,7 +196,7 @@ int _editField(View& v) {
   const std::string before = text;
   const int row = firstRow + v.row;
   const int key = ScrGet(row, 0, text, dbTyp(selectedArea, v.off), "");
-  ReformatVal(v.off, text, before);
+  if (v.texts.empty() || !StaysStored(v.off, text, v.saved[0])) ReformatVal(v.off, text, before);
   ScrSayRev(row, 0, text);
   return key;
 }
@@ -198,7 +204,7 @@ int _editField(View& v) {
 void _actOnKey(View& v, int key) {
   const int last = dbCOLS(selectedArea) - 1;
   // A text that ran into the rows below leaves them to be drawn again.
-  const bool wide = !v.texts.empty() && v.texts[0].size() > scrCols;
+  const bool wide = !v.texts.empty() && static_cast<int>(v.texts[0].size()) > ScrColumns();
   switch (key) {
     case keyCtrlA:
       if (v.off > 0) _pan(v, v.off - 1);
@@ -232,7 +238,7 @@ void _actOnKey(View& v, int key) {
 
 int MoxBrowse() {
   if (!DbChk()) return 0;
-  const ScrKeys keys;
+  const ScrKeys keys(hint);
   const int colon = g_opt[optCOLON];
   g_opt[optCOLON] = 0;  // fields stand at their exact columns
   g_opt[optINSERT] = 0;

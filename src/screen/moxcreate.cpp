@@ -1,6 +1,7 @@
 #include "screen/moxcreate.h"
 
 #include <cstdio>
+#include <string_view>
 #include <vector>
 
 #include "host/host.h"
@@ -24,6 +25,8 @@ constexpr int lineWords = 4;
 constexpr int headRow = 1, gridRow = 2, gridCol = 10;
 constexpr int shownLines = scrRows - gridRow;
 constexpr int gridStep = 8, lastBase = 16;
+constexpr std::string_view hint =
+    "Ctrl-W makes the table, without records, Ctrl-Q keeps it, Enter next line";
 
 int _refuse(const char* message, int result) {
   std::printf("%s\n", message);
@@ -84,7 +87,7 @@ void _paintGrid(int base, const Lines& lines) {
 
 // True when the person saves the grid.
 bool _editGrid(Lines& lines) {
-  const ScrKeys keys;
+  const ScrKeys keys(hint);
   ScrNewPage();
   int base = 0;
   for (int key = 0; key != keySave;) {

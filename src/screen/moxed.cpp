@@ -1,8 +1,9 @@
 #include "screen/moxed.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <string_view>
 
+#include "host/host.h"
 #include "screen/scr.h"
 #include "session/error.h"
 #include "session/files.h"
@@ -19,6 +20,9 @@ constexpr int lastCol = scrCols - 1;
 constexpr size_t maxLineBytes = 160;
 constexpr size_t extension = 24;  // lines that Down adds at the end of the text
 constexpr int noLine = -1;
+constexpr size_t maxLetter = 4;  // bytes of a letter
+constexpr std::string_view hint =
+    "Ctrl-W saves, Ctrl-Q leaves, Ctrl-G deletes, Ctrl-V inserts or types over";
 
 // The cursor stands in the window at row and col, always on a line of the text.
 struct TextEditor {
@@ -35,10 +39,7 @@ struct TextEditor {
   std::string& line() { return lines[at()]; }
 };
 
-// A line ends at the right edge, so that it doesn't run into the next row.
-void _sayLine(int row, const std::string& line) {
-  ScrSay(firstRow + row, 0, ScrPlain(line.substr(0, scrCols)));
-}
+void _sayLine(int row, const std::string& line) { ScrSayLine(firstRow + row, line); }
 
 void _paint(TextEditor& e) {
   ScrClear();
@@ -119,7 +120,7 @@ void _delete(TextEditor& e) {
     e.buffer += ' ';
     _storeBuffer(e);
     ScrClrEol(firstRow + e.row, 0);
-    _sayLine(e.row, e.line());
+    _sayLine(e.row, e.line() + std::string(e.line().size() < scrCols ? 0 : maxLetter, ' '));
   } else if (!e.onLast()) {
     _join(e);
   }
@@ -149,6 +150,21 @@ void _actOnKey(TextEditor& e, int key) {
   }
 }
 
+// What is saved: blank lines at the end, and blanks at the ends of lines, are not.
+std::string _textOf(Lines lines) {
+  while (!lines.empty() && isBlank(lines.back())) lines.pop_back();
+  std::string text;
+  for (std::string& line : lines) text += trim(line) + '\n';
+  return text;
+}
+
+// The name, or the first numbered one that no file has.
+std::string _free(const std::string& name) {
+  std::string numbered = name;
+  for (int n = 2; FileExists(numbered); ++n) numbered = name + std::to_string(n);
+  return numbered;
+}
+
 }  // namespace
 
 void _EdInsLn(int top, int row, int col, Lines& lines) {
@@ -161,13 +177,13 @@ void _EdInsLn(int top, int row, int col, Lines& lines) {
 }
 
 int _EdLines(Lines& lines) {
-  const ScrKeys keys;
+  const ScrKeys keys(hint);
   TextEditor e{lines};
   for (;;) {
     if (e.repaint) _paint(e);
-    ScrTo(firstRow + e.row, e.col);
-    const int key = ScrGetKey();
-    if (key == keyAbandon || key == keySave) return key;
+    ScrTo(firstRow + e.row, ScrColumnOf(e.line(), static_cast<size_t>(e.col)));
+    const int key = ScrGetKeyOrEnd();
+    if (key == keyAbandon || key == keySave || key == keyEnd) return key;
     _actOnKey(e, key);
   }
 }
@@ -178,19 +194,21 @@ int MoxEd(const std::string& path) {
     FileErr(FileInUse(found) ? fileInUse : fileCantCreate, found);
     return -1;
   }
+  const std::string rescue = found + ".rescue";
+  if (FileExists(rescue)) ScrNotice("UNSAVED LINES OF " + found + " ARE IN " + rescue);
   Lines lines = ReadLines(path).value_or(Lines());
   if (lines.empty()) lines.emplace_back();
+  const std::string before = _textOf(lines);
+  OS_HoldEnd(true);
   const int key = _EdLines(lines);
-  while (!lines.empty() && isBlank(lines.back())) lines.pop_back();
+  const std::string text = _textOf(std::move(lines));
   int result = 0;
-  if (key == keySave) {
-    std::string text;
-    for (std::string& line : lines) text += trim(line) + '\n';
-    if (FileWriteText(path, text) != 0) {
-      SetErr("CANT SAVE FILE", "");
-      result = -1;
-    }
+  if (key == keySave && FileWriteText(path, text) != 0) {
+    SetErr("CANT SAVE FILE", "");
+    result = -1;
   }
+  if (key == keyEnd && OS_KeysAreTyped() && text != before) FileWriteText(_free(rescue), text);
+  OS_HoldEnd(false);
   ScrLeave();
   return result;
 }

@@ -1,7 +1,7 @@
 // The program editor of MODIFY COMMAND: a small full-screen editor of text files.
 //
 // The text is a vector of lines without trailing blanks. The window shows 23 of them, each from
-// its first byte to the right edge of the screen, and moves in steps of 8 lines. A line that is
+// its first byte to the right edge of the window, and moves in steps of 8 lines. A line that is
 // changed holds at most 160 bytes; the cursor goes no further than column 79.
 #pragma once
 
@@ -11,10 +11,12 @@
 
 namespace mox {
 
-// Edits a file, which needn't be there: 0, or -1 after a report when it can't be saved.
+// Edits a file, which needn't be there: 0, or -1 after a report when it can't be saved. Lines that
+// are unsaved when the terminal hangs up are kept in a file NAME.rescue beside it, NAME.rescue2
+// when there is one, and the next edit of the file tells of it.
 int MoxEd(const std::string& path);
 
-// Edits at least one line; returns keySave or keyAbandon.
+// Edits at least one line; returns keySave, keyAbandon, or keyEnd at the end of the input.
 int _EdLines(Lines& lines);
 // Splits the line at top + row behind its first col bytes.
 void _EdInsLn(int top, int row, int col, Lines& lines);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include "screen/scr.h"
 #include "session/misc.h"
@@ -17,11 +18,13 @@ constexpr int firstRow = 1;
 constexpr int shownRows = scrRows - firstRow;
 constexpr int textCol = 10;
 constexpr int deletedCol = 32;
+constexpr std::string_view hint =
+    "Ctrl-W saves, Ctrl-Q leaves, Enter next field, Up field before, Ctrl-U deletes";
 
 struct RecordEditor {
-  Lines texts;  // as wide as their fields
-  int i = 0;    // the current field
-  int top = 0;  // the field in the first row
+  Lines texts, stored;  // as wide as their fields: as edited, and as the table has them
+  int i = 0;            // the current field
+  int top = 0;          // the field in the first row
   bool repaint = true;
   int key = 0;
 };
@@ -56,19 +59,12 @@ int _digits(int field) {
   return dbLen(selectedArea, field) - decimals - (decimals >= 1);
 }
 
-// A stored number that doesn't fit stays when the person only passes by.
-bool _passedBy(const std::string& before, const std::string& text, int field) {
-  return text == before && dbTyp(selectedArea, field) == 'N' && TxtToDbl(text) != 0 &&
-         _inForm(text, field, _digits(field)).empty();
-}
-
 void _editField(RecordEditor& e) {
   std::string& text = e.texts[e.i];
-  const std::string before = text;
   e.key = ScrGet(_row(e, e.i), textCol, text, 'C', "");
-  if (!_passedBy(before, text, e.i)) showVal(_row(e, e.i), textCol, text, e.i);
+  if (!StaysStored(e.i, text, e.stored[e.i])) showVal(_row(e, e.i), textCol, text, e.i);
   // A text that ran into the rows below leaves them to be drawn again.
-  e.repaint = textCol + text.size() + 2 > scrCols;
+  e.repaint = textCol + static_cast<int>(text.size()) + 2 > ScrColumns();
 }
 
 void _actOnKey(RecordEditor& e) {
@@ -93,11 +89,11 @@ void _actOnKey(RecordEditor& e) {
   }
 }
 
-void _save(const Lines& texts) {
+void _save(const RecordEditor& e) {
   dbRepl0(selectedArea);
-  for (int field = 0; field < static_cast<int>(texts.size()); ++field)
-    if (texts[field] != dbVal(selectedArea, field))
-      dbSetVal(selectedArea, field, s2qs(texts[field]));
+  for (int field = 0; field < static_cast<int>(e.texts.size()); ++field)
+    if (!StaysStored(field, e.texts[field], e.stored[field]))
+      dbSetVal(selectedArea, field, s2qs(e.texts[field]));
   dbReplace(selectedArea);
 }
 
@@ -106,6 +102,14 @@ void _save(const Lines& texts) {
 bool inRange(int digits, double x) {
   if (x < 0) --digits;
   return std::fabs(x) < std::pow(10.0, digits);
+}
+
+bool StaysStored(int field, const std::string& text, const std::string& stored) {
+  if (text != stored) return false;
+  if (dbTyp(selectedArea, field) != 'N') return dbVal(selectedArea, field).size() < text.size();
+  const double x = TxtToDbl(text);
+  const std::string form = FmtFix(x, dbLen(selectedArea, field), dbDec(selectedArea, field));
+  return form.size() > text.size() || TxtToDbl(form) != x;
 }
 
 int showVal(int row, int col, std::string& text, int field) {
@@ -122,12 +126,13 @@ int showVal(int row, int col, std::string& text, int field) {
 int MoxEdit() {
   if (!DbChk()) return 0;
   RecordEditor e;
-  const ScrKeys keys;
+  const ScrKeys keys(hint);
   const int n = std::min(dbCOLS(selectedArea), maxFields);
   for (int field = 0; field < n; ++field) {
     e.texts.push_back(dbVal(selectedArea, field));
     e.texts.back().resize(static_cast<size_t>(dbLen(selectedArea, field)), ' ');
   }
+  e.stored = e.texts;
   const bool deleted = dbDELETED(selectedArea);
   while (e.i < n && e.key != keyAbandon && e.key != keySave) {
     if (e.repaint) _paint(e);
@@ -136,7 +141,7 @@ int MoxEdit() {
     _actOnKey(e);
   }
   if (e.key != keyAbandon)
-    _save(e.texts);
+    _save(e);
   else if (dbDELETED(selectedArea) != deleted)
     dbDelToggle(selectedArea);
   ScrLeave();

@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "screen/moxedit.h"
 #include "screen/scr.h"
 #include "session/error.h"
 #include "session/number.h"
@@ -18,6 +19,8 @@ namespace {
 constexpr int lastGetCol = 76;
 constexpr int maxShownLength = 254;
 constexpr int numberDigits = 15;
+constexpr std::string_view hint =
+    "Ctrl-W saves, Ctrl-Q leaves, Enter next field, Up field before, Ctrl-V inserts";
 
 std::vector<Sv> _get;
 int _indent = 0;  // width of the last SAY, until a GET takes it up
@@ -32,7 +35,7 @@ std::optional<Sv> svGetDb(std::string_view name) {
   sv.decimals = dbDec(selectedArea, field);
   sv.value = dbVal(selectedArea, field);
   sv.value.resize(static_cast<size_t>(sv.length), ' ');  // a zero byte cuts it
-  sv.edit = sv.value;
+  sv.edit = sv.stored = sv.value;
   return sv;
 }
 
@@ -59,7 +62,7 @@ std::optional<Sv> svGet(std::string_view name) {
 int svPutDb(const Sv& sv) {
   const int field = dbFno(selectedArea, sv.name);
   if (field < 0) return -1;
-  if (sv.value == dbVal(selectedArea, field)) return 0;
+  if (StaysStored(field, sv.value, sv.stored)) return 0;
   dbSetVal(
       selectedArea, field,
       sv.type == 'N' ? FmtFixSigned(TxtToDbl(sv.value), sv.length, sv.decimals) : s2qs(sv.value));
@@ -80,10 +83,12 @@ int svPutMem(const Sv& sv) {
 
 int svPut(const Sv& sv) { return svPutDb(sv) == 0 ? 0 : svPutMem(sv); }
 
-// Takes the edited text over as the value. Stars that nobody typed over stand for the number that
-// they hide.
-void svUpdate(Sv& sv) {
-  if (sv.type != 'N' || sv.edit.find('*') == sv.edit.npos) sv.value = sv.edit;
+// Takes the edited text over as the value. Stars that nobody typed over, as they were shown, stand
+// for the number that they hide.
+void svUpdate(Sv& sv, std::string shown) {
+  const bool stars = sv.type == 'N' && shown.find('*') != shown.npos;
+  _prep(shown, sv.picture);
+  if (!stars || sv.edit != shown) sv.value = sv.edit;
   sv.edit = _fmt(sv.value, sv.type, sv.length, sv.decimals);
 }
 
@@ -97,13 +102,14 @@ int _seek(int i, int step) {
 
 // Edits the fields and returns the last key: keyAbandon when nothing is to be saved.
 int _editFields() {
-  const ScrKeys keys;
   const int n = static_cast<int>(_get.size());
+  const ScrKeys keys(n > 0 ? hint : "");
   int key = 0;
   for (int i = _seek(0, 1); i < n && key != keyAbandon && key != keySave;) {
     Sv& sv = _get[i];
+    const std::string shown = sv.edit;
     key = ScrGet(sv.row, sv.col, sv.edit, sv.type, sv.picture);
-    svUpdate(sv);
+    svUpdate(sv, shown);
     ScrSayRev(sv.row, sv.col, sv.edit);
     if (key == keyUp) {
       const int before = _seek(i - 1, -1);
@@ -152,6 +158,7 @@ int AtGet(int row, int col, std::string_view name, std::string_view picture) {
   sv->col = std::clamp(col + indent, 0, lastGetCol);
   sv->picture = picture;
   ScrSayRev(sv->row, sv->col, sv->edit);
+  ScrRestore();
   _get.push_back(std::move(*sv));
   return 0;
 }

@@ -19,6 +19,7 @@ struct Sv {
   char type = 'C';   // N, C or L
   int length = 0;    // width of a field, display length of a variable
   int decimals = 0;
+  std::string stored;   // the text of a field as the table has it
   std::string value;    // unformatted
   std::string edit;     // the text that is shown and edited
   std::string picture;  // empty: any

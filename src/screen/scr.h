@@ -2,13 +2,15 @@
 //
 // The screen is a text console of 24 rows and 80 columns, counted from 0, addressed with ANSI
 // sequences on the standard output. There is no copy of it: what was printed stays until something
-// overprints it. On a larger terminal the picture stands at the top left. With the option SCREEN
-// off no sequence is sent, and texts land where the output stands.
+// overprints it. On a larger window the picture stands at the top left, a text may run beyond it,
+// and a 25th row tells the keys; a smaller one is told of before the first screen. With the option
+// SCREEN off no sequence is sent, and texts land where the output stands.
 //
 // A field is a text of fixed width, drawn in reverse video (option INTENSITY) between colons
 // (option COLON); with colons its text begins one column right of the field's place.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -47,22 +49,36 @@ void ScrTo(int row, int col);  // not bounded here
 void ScrNVid();                // white on black
 void ScrRVid();                // black on white
 
-// These take a place beyond the screen as one on its edge. A text that runs past the right edge
-// goes on in the next row; what would run past the last cell of the screen isn't drawn.
+// These take a place beyond the screen as one on its edge. A text that runs past the right edge of
+// the window goes on in its next row; what would run past its last cell, and scroll the picture,
+// isn't drawn.
 void ScrClrEol(int row, int col);
 void ScrSay(int row, int col, std::string_view text);
-// Draws a text as a field, its control characters as blanks.
+// Draws a text as a field.
 void ScrSayRev(int row, int col, std::string_view text);
+// Draws a text in a row of its own, up to the right edge of the window.
+void ScrSayLine(int row, std::string_view text);
+// Goes so many columns behind a place, in the row to which the window folds them.
+void ScrToBehind(int row, int col, int columns);
+// The column, from that of its first byte on, at which a drawn text has its byte at this place.
+int ScrColumnOf(std::string_view text, size_t at);
 
-// The text with its control characters as blanks, so that each byte takes one column.
+// The text with its control characters as blanks.
 std::string ScrPlain(std::string_view text);
+// The same as fields are drawn: with blanks behind it, so that it takes a column for each byte.
+std::string ScrDrawn(std::string_view text);
 
+int ScrColumns();            // of the window; those of the screen where there is none
 void ScrSayInsert(bool on);  // the label "INSERT", or blanks, in row 0
 void ScrLeave();             // to the last line, where the prompt goes on
+void ScrRestore();           // takes the colours back that were set: behind each statement
+// Tells something that the next screen would cover: on a terminal it waits for a key.
+void ScrNotice(const std::string& text);
 
-// Lives while a screen is edited: keys that are typed faster than they are taken stay keys.
+// Lives while a screen is edited: keys that are typed faster than they are taken stay keys, and
+// where the window has a row below the screen, it tells them.
 struct ScrKeys {
-  ScrKeys();
+  explicit ScrKeys(std::string_view hint);
   ~ScrKeys();
   ScrKeys(const ScrKeys&) = delete;
   ScrKeys& operator=(const ScrKeys&) = delete;
@@ -70,6 +86,7 @@ struct ScrKeys {
 
 // Waits for one key. The end of the input ends the session and comes as keyAbandon.
 int ScrGetKey();
+int ScrGetKeyOrEnd();  // the end comes as keyEnd of the host
 
 // Field entry (scr_get.cpp). A picture has one character for each position of the text:
 //

@@ -54,12 +54,8 @@ struct Entry {
   }
 };
 
-// A text that runs past the right edge goes on in the next row, and the cursor with it, up to the
-// last cell of the screen.
 void _cursorTo(int row, int col, const Entry& e) {
-  const int last = (scrRows - row) * scrCols - 1;
-  const int place = std::min(col + static_cast<int>(e.at) + (g_opt[optCOLON] ? 1 : 0), last);
-  ScrTo(row + place / scrCols, place % scrCols);
+  ScrToBehind(row, col, ScrColumnOf(e.text, e.at) + (g_opt[optCOLON] ? 1 : 0));
 }
 
 }  // namespace
