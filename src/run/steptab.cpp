@@ -7,6 +7,8 @@
 //   DUP n       -> copy of the      JPX      t1 .. tn n x ->    STOP, END   the run ends
 //               n-th from the top   CALL n, RET                 : text      a statement's source
 //   CMP op      a b -> logical
+//
+// No statement makes JPX, CALL, RET, DUP, CLEOL, DEC, PRAT and REMOVE.
 
 #include <algorithm>
 

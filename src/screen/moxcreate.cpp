@@ -17,6 +17,16 @@ namespace mox {
 
 namespace {
 
+constexpr int maxFieldWidth = 254;
+
+// One field as a person describes it.
+struct FieldDef {
+  std::string name;  // upper case, at most maxFieldName bytes
+  char type = ' ';
+  int width = 0;
+  int decimals = 0;
+};
+
 constexpr size_t maxFirstWord = 254;
 
 // The grid of MODIFY STRUCTURE.
@@ -31,6 +41,22 @@ constexpr std::string_view hint =
 int _refuse(const char* message, int result) {
   std::printf("%s\n", message);
   return result;
+}
+
+// Makes a field of the words name, type, width, decimals, of which the last two may be missing:
+// 0, or after a message -1 for a bad name, -2 for a bad type, -3 for a bad width.
+int _CrFld(const Lines& words, FieldDef& field) {
+  const auto number = [&](size_t i) { return i < words.size() ? TxtToInt(words[i]) : 0; };
+  if (words.size() < 2 || words[0].empty() || words[0].size() > maxFirstWord)
+    return _refuse("BAD NAME FIELD", -1);
+  field.name = strUpper(words[0].substr(0, maxFieldName));
+  field.type = words[1].empty() ? ' ' : UpperChr(words[1][0]);
+  if (std::string_view("CNL").find(field.type) == std::string_view::npos)
+    return _refuse("BAD TYPE FIELD", -2);
+  field.width = field.type == 'L' ? 1 : number(2);
+  field.decimals = field.type == 'C' ? 0 : number(3);
+  if (field.width < 1 || field.width > maxFieldWidth) return _refuse("BAD WIDTH FIELD", -3);
+  return 0;
 }
 
 // Reads the fields: false at the end of the input.
@@ -65,6 +91,33 @@ int _reported(int result, const std::string& path) {
   if (result == 0) return 0;
   FileErr(result, path);
   return -1;
+}
+
+// Makes a table of the grid's lines, up to the first blank one. A line that is refused, with its
+// message, leaves an empty field. 0, or -1 after a report with the file as it was.
+int _CrDbf(const std::string& filename, const Lines& lines) {
+  std::vector<FieldDef> fields;
+  for (const std::string& line : lines) {
+    if (isBlank(line)) break;
+    if (_CrFld(GetWords(line, lineWords + 1), fields.emplace_back()) != 0) fields.back() = {};
+  }
+  while (!fields.empty() && fields.back().name.empty()) fields.pop_back();
+  DbfTable t;
+  const int made = dbfCreate(t, filename);
+  return _reported(made == 0 ? _writeTable(t, fields) : made, filename);
+}
+
+// Edits lines, from this row on down to the last of the screen, until a key that saves, abandons
+// or leaves them at either end; the last key.
+int edScrn(int row, int col, int n, std::string* lines) {
+  int key = 0;
+  for (int i = 0; i >= 0 && i < n && row + i < scrRows && key != keyAbandon && key != keySave;) {
+    key = ScrGet(row + i, col, lines[i], 'C', "");
+    if (key == keyUp) --i;
+    if (key == keyTab || key == keyEnter || key == keyDown) ++i;
+  }
+  ScrLeave();
+  return key;
 }
 
 Lines _gridLines() {
@@ -109,20 +162,6 @@ bool _inOtherArea() {
 
 }  // namespace
 
-int _CrFld(const Lines& words, FieldDef& field) {
-  const auto number = [&](size_t i) { return i < words.size() ? TxtToInt(words[i]) : 0; };
-  if (words.size() < 2 || words[0].empty() || words[0].size() > maxFirstWord)
-    return _refuse("BAD NAME FIELD", -1);
-  field.name = strUpper(words[0].substr(0, maxFieldName));
-  field.type = words[1].empty() ? ' ' : UpperChr(words[1][0]);
-  if (std::string_view("CNL").find(field.type) == std::string_view::npos)
-    return _refuse("BAD TYPE FIELD", -2);
-  field.width = field.type == 'L' ? 1 : number(2);
-  field.decimals = field.type == 'C' ? 0 : number(3);
-  if (field.width < 1 || field.width > maxFieldWidth) return _refuse("BAD WIDTH FIELD", -3);
-  return 0;
-}
-
 // Whether the file can be made is seen before anything is asked.
 int MoxCreate(const std::string& filename) {
   const std::string path = FnExt(filename, ".dbf");
@@ -132,29 +171,6 @@ int MoxCreate(const std::string& filename) {
   if (_askFields(fields)) return _reported(_writeTable(t, fields), path);
   InputEnded();
   return -1;
-}
-
-int _CrDbf(const std::string& filename, const Lines& lines) {
-  std::vector<FieldDef> fields;
-  for (const std::string& line : lines) {
-    if (isBlank(line)) break;
-    if (_CrFld(GetWords(line, lineWords + 1), fields.emplace_back()) != 0) fields.back() = {};
-  }
-  while (!fields.empty() && fields.back().name.empty()) fields.pop_back();
-  DbfTable t;
-  const int made = dbfCreate(t, filename);
-  return _reported(made == 0 ? _writeTable(t, fields) : made, filename);
-}
-
-int edScrn(int row, int col, int n, std::string* lines) {
-  int key = 0;
-  for (int i = 0; i >= 0 && i < n && row + i < scrRows && key != keyAbandon && key != keySave;) {
-    key = ScrGet(row + i, col, lines[i], 'C', "");
-    if (key == keyUp) --i;
-    if (key == keyTab || key == keyEnter || key == keyDown) ++i;
-  }
-  ScrLeave();
-  return key;
 }
 
 int MoxModiStru() {

@@ -67,6 +67,16 @@ void _down(TextEditor& e) {
   ++e.row;
 }
 
+// Splits the line at top + row behind its first col bytes.
+void _EdInsLn(int top, int row, int col, Lines& lines) {
+  std::string& line = lines[top + row];
+  const size_t at = std::min(static_cast<size_t>(col), line.size());
+  std::string rest = line.substr(at);
+  line.erase(at);
+  trim(line);
+  lines.insert(lines.begin() + top + row + 1, std::move(rest));
+}
+
 void _splitLine(TextEditor& e) {
   _EdInsLn(e.top, e.row, e.col, e.lines);
   ++e.row;
@@ -165,17 +175,7 @@ std::string _free(const std::string& name) {
   return numbered;
 }
 
-}  // namespace
-
-void _EdInsLn(int top, int row, int col, Lines& lines) {
-  std::string& line = lines[top + row];
-  const size_t at = std::min(static_cast<size_t>(col), line.size());
-  std::string rest = line.substr(at);
-  line.erase(at);
-  trim(line);
-  lines.insert(lines.begin() + top + row + 1, std::move(rest));
-}
-
+// Edits at least one line; returns keySave, keyAbandon, or keyEnd at the end of the input.
 int _EdLines(Lines& lines) {
   const ScrKeys keys(hint);
   TextEditor e{lines};
@@ -187,6 +187,8 @@ int _EdLines(Lines& lines) {
     _actOnKey(e, key);
   }
 }
+
+}  // namespace
 
 int MoxEd(const std::string& path) {
   const std::string found = FnFind(path);

@@ -7,18 +7,11 @@
 
 #include <string>
 
-#include "session/misc.h"
-
 namespace mox {
 
 // Edits a file, which needn't be there: 0, or -1 after a report when it can't be saved. Lines that
 // are unsaved when the terminal hangs up are kept in a file NAME.rescue beside it, NAME.rescue2
 // when there is one, and the next edit of the file tells of it.
 int MoxEd(const std::string& path);
-
-// Edits at least one line; returns keySave, keyAbandon, or keyEnd at the end of the input.
-int _EdLines(Lines& lines);
-// Splits the line at top + row behind its first col bytes.
-void _EdInsLn(int top, int row, int col, Lines& lines);
 
 }  // namespace mox

@@ -45,6 +45,12 @@ void _paint(const RecordEditor& e) {
   }
 }
 
+// True when a number has at most so many digits before the point, one less for a negative one.
+bool inRange(int digits, double x) {
+  if (x < 0) --digits;
+  return std::fabs(x) < std::pow(10.0, digits);
+}
+
 // The number of a text in the field's form; empty when it has no room there.
 std::string _inForm(const std::string& text, int field, int digits) {
   const int length = dbLen(selectedArea, field);
@@ -57,6 +63,19 @@ std::string _inForm(const std::string& text, int field, int digits) {
 int _digits(int field) {
   const int decimals = dbDec(selectedArea, field);
   return dbLen(selectedArea, field) - decimals - (decimals >= 1);
+}
+
+// Brings the text of a numeric field into the field's form and draws it; a number too large for
+// the field becomes 0. -1 when the field's length and decimals leave no digit before the point.
+int showVal(int row, int col, std::string& text, int field) {
+  if (dbTyp(selectedArea, field) != 'N') return 0;
+  const int digits = _digits(field);
+  if (digits < 1) return -1;
+  std::string form = _inForm(text, field, digits);
+  if (form.empty()) form = _inForm("0", field, digits);
+  text = form;
+  ScrSayRev(row, col, text);
+  return 0;
 }
 
 void _editField(RecordEditor& e) {
@@ -99,28 +118,12 @@ void _save(const RecordEditor& e) {
 
 }  // namespace
 
-bool inRange(int digits, double x) {
-  if (x < 0) --digits;
-  return std::fabs(x) < std::pow(10.0, digits);
-}
-
 bool StaysStored(int field, const std::string& text, const std::string& stored) {
   if (text != stored) return false;
   if (dbTyp(selectedArea, field) != 'N') return dbVal(selectedArea, field).size() < text.size();
   const double x = TxtToDbl(text);
   const std::string form = FmtFix(x, dbLen(selectedArea, field), dbDec(selectedArea, field));
   return form.size() > text.size() || TxtToDbl(form) != x;
-}
-
-int showVal(int row, int col, std::string& text, int field) {
-  if (dbTyp(selectedArea, field) != 'N') return 0;
-  const int digits = _digits(field);
-  if (digits < 1) return -1;
-  std::string form = _inForm(text, field, digits);
-  if (form.empty()) form = _inForm("0", field, digits);
-  text = form;
-  ScrSayRev(row, col, text);
-  return 0;
 }
 
 int MoxEdit() {

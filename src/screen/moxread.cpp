@@ -22,8 +22,32 @@ constexpr int numberDigits = 15;
 constexpr std::string_view hint =
     "Ctrl-W saves, Ctrl-Q leaves, Enter next field, Up field before, Ctrl-V inserts";
 
+// One pending field.
+struct Sv {
+  int row = 0, col = 0;
+  std::string name;  // of the field or the variable, upper case
+  char type = 'C';   // N, C or L
+  int length = 0;    // width of a field, display length of a variable
+  int decimals = 0;
+  std::string stored;   // the text of a field as the table has it
+  std::string value;    // unformatted
+  std::string edit;     // the text that is shown and edited
+  std::string picture;  // empty: any
+};
+
 std::vector<Sv> _get;
 int _indent = 0;  // width of the last SAY, until a GET takes it up
+
+// The text that shows a value. A number too wide for its field shows stars before the point.
+std::string _fmt(const std::string& value, char type, int length, int decimals) {
+  if (type != 'N') return value;
+  std::string text = FmtFixSigned(TxtToDbl(value), length, decimals);
+  // A variable may hold a short text of a number that its length has room for.
+  const size_t room = std::max(value.size(), static_cast<size_t>(length));
+  if (text.size() <= room) return text;
+  std::fill(text.begin(), text.begin() + std::min(text.find('.'), text.size()), '*');
+  return text.substr(text.size() - room);
+}
 
 std::optional<Sv> svGetDb(std::string_view name) {
   const int field = dbFno(selectedArea, name);
@@ -132,16 +156,6 @@ bool _hasField() {
 }
 
 }  // namespace
-
-std::string _fmt(const std::string& value, char type, int length, int decimals) {
-  if (type != 'N') return value;
-  std::string text = FmtFixSigned(TxtToDbl(value), length, decimals);
-  // A variable may hold a short text of a number that its length has room for.
-  const size_t room = std::max(value.size(), static_cast<size_t>(length));
-  if (text.size() <= room) return text;
-  std::fill(text.begin(), text.begin() + std::min(text.find('.'), text.size()), '*');
-  return text.substr(text.size() - room);
-}
 
 void AtSay(int row, int col, std::string_view text) {
   _indent = static_cast<int>(text.size());

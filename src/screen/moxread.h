@@ -5,25 +5,11 @@
 // program.
 #pragma once
 
-#include <string>
 #include <string_view>
 
 namespace mox {
 
 constexpr int maxGets = 63;
-
-// One pending field.
-struct Sv {
-  int row = 0, col = 0;
-  std::string name;  // of the field or the variable, upper case
-  char type = 'C';   // N, C or L
-  int length = 0;    // width of a field, display length of a variable
-  int decimals = 0;
-  std::string stored;   // the text of a field as the table has it
-  std::string value;    // unformatted
-  std::string edit;     // the text that is shown and edited
-  std::string picture;  // empty: any
-};
 
 // Prints a text; the next GET stands behind it.
 void AtSay(int row, int col, std::string_view text);
@@ -32,8 +18,5 @@ void AtSay(int row, int col, std::string_view text);
 int AtGet(int row, int col, std::string_view name, std::string_view picture);
 void AtClear();
 void MoxRead();
-
-// The text that shows a value. A number too wide for its field shows stars before the point.
-std::string _fmt(const std::string& value, char type, int length, int decimals);
 
 }  // namespace mox

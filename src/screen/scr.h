@@ -101,8 +101,6 @@ int ScrGetKeyOrEnd();  // the end comes as keyEnd of the host
 int ScrGet(int row, int col, std::string& text, char type, std::string_view picture);
 // The first position at which something can be typed; -1 when there is none.
 int ScrStart(std::string_view text, std::string_view picture);
-// The character to store for a key or character at a picture character; -1 when it is refused.
-int _trans(int c, char picture);
 // Blanks the bytes of the text that the picture wouldn't take.
 void _prep(std::string& text, std::string_view picture);
 

@@ -24,6 +24,18 @@ bool _isNumeric(int c) {
          std::string_view("0123456789-+. ").find(static_cast<char>(c)) != std::string_view::npos;
 }
 
+// The character to store for a key or character at a picture character; -1 when it is refused.
+int _trans(int c, char picture) {
+  switch (picture) {
+    case 'X': return c;
+    case '9':
+    case '#': return _isNumeric(c) ? c : -1;
+    case 'A': return _isLetter(c) ? c : -1;
+    case '!': return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c;
+    default: return -1;
+  }
+}
+
 // A field that is being edited. Positions from 0 to width - 1 can be changed; the cursor can also
 // stand at the width itself, behind the last character typed.
 struct Entry {
@@ -59,17 +71,6 @@ void _cursorTo(int row, int col, const Entry& e) {
 }
 
 }  // namespace
-
-int _trans(int c, char picture) {
-  switch (picture) {
-    case 'X': return c;
-    case '9':
-    case '#': return _isNumeric(c) ? c : -1;
-    case 'A': return _isLetter(c) ? c : -1;
-    case '!': return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c;
-    default: return -1;
-  }
-}
 
 void _prep(std::string& text, std::string_view picture) {
   const size_t n = std::min(text.size(), picture.size());

@@ -57,7 +57,8 @@ int dbCOLS(int area);
 int dbRECNO(int area);
 bool dbEOF(int area);
 bool dbDELETED(int area);
-// True when the area stands on a record that the file has; dbHasRecord reports it when there is none.
+// True when the area stands on a record that the file has; dbHasRecord reports it when there is
+// none.
 bool dbOnRecord(int area);
 bool dbHasRecord(int area);
 int dbRMAX(int area);
@@ -151,8 +152,8 @@ void dbClrShared(int area);  // closes the indexes of every area that has this o
 // dbCopyStruc begins a table with the named fields and leaves it open: 0; -1 a name isn't a field
 // (the table has the fields before it); else a result of dbfCreate, and no table.
 int dbCopyStruc(int area, const Lines& fields, const std::string& filename, DbfTable& t);
-// Makes the same with the live records, in order; the area goes back to its record. 0; -1 the
-// structure can't be made; dbfCantWrite (what stood there is as it was).
+// Makes the same with the live records, in order (no statement does); the area goes back to its
+// record. 0; -1 the structure can't be made; dbfCantWrite (what stood there is as it was).
 int dbCopyData(int area, const Lines& fields, const std::string& filename);
 
 }  // namespace mox

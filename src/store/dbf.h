@@ -104,7 +104,7 @@ struct DbfTable {
 int dbfCreate(DbfTable& t, std::string_view filename);
 int dbfFld(DbfTable& t, int number, std::string_view name, char type, int width, int decimals);
 // Creates and defines a table with the named fields of the source, or with all of them when the
-// list is empty. -1 if it can't be made.
+// list is empty. -1 if it can't be made. No statement does.
 int dbfCreateFrom(DbfTable& t, std::string_view filename, const DbfTable& source,
                   const Lines& fields);
 
@@ -165,14 +165,15 @@ int dbfCOLS(const DbfTable& t);
 int fldno(const DbfTable& t, std::string_view name);
 // The field's characters at full width, or up to a zero byte; empty when out of range.
 std::string fldget(DbfTable& t, int field);
-// The same, a field of type C in quoted string form; out of range a quoted empty text.
+// The same, a field of type C in quoted string form; out of range a quoted empty text. No statement
+// asks.
 std::string fldgetqs(DbfTable& t, int field);
 // Sets the field in row: a numeric field takes the number that the text begins with, printed to
 // width and decimals; every field keeps the first characters that fit and is filled with spaces.
 int fldput(DbfTable& t, int field, std::string_view text);
 // Fills the target's row by field name; an empty list means all fields of the source. A name that
 // the source lacks gives an empty value, one that the target lacks is passed over.
-// -1 target closed, -2 source closed.
+// -1 target closed, -2 source closed. No statement does.
 int dbfCpyRowToFm(DbfTable& target, DbfTable& source, const Lines& fields);
 
 }  // namespace mox

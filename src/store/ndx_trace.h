@@ -12,7 +12,7 @@ namespace mox {
 std::string key2Txt(const NdxPages& f, std::string_view key);
 
 void sayNode(const NdxPages& f, const NdxNode& node);
-void sayNdxHdr(const NdxPages& f);
+void sayNdxHdr(const NdxPages& f);  // this and the next two for a debugger
 void sayNnoIno(const NdxFile& x);
 void sayNdxPos(const NdxFile& x);  // the cursor with its current item
 
