@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "commands/moxcopy.h"
+#include "commands/moxjoin.h"
 #include "commands/moxsort.h"
 #include "commands/moxtotal.h"
 #include "commands/sdf.h"
@@ -89,6 +90,23 @@ TEST_F(Tables, SortOfAnySize) {
     const size_t stand = n > 8 ? 2 * n : n;
     EXPECT_EQ(dbfHeaderSize + stand * 12 + 1, fs::file_size("S.dbf"));
     EXPECT_EQ(0x1A, Bytes("S.dbf")[dbfHeaderSize + n * 12]);
+  }
+}
+
+// The commonest condition of a JOIN is told by its steps, whatever the grammar makes of it.
+TEST_F(Tables, JoinsThatNeedNoRunForEachPair) {
+  for (int area : {0, 1}) {
+    Make("T" + std::to_string(area), 3);
+    ASSERT_EQ(0, dbOpen(area, "T" + std::to_string(area)));
+  }
+  for (const char* equal : {"KEY=S.KEY", "S.NUM=P.NUM", "num = b.key"}) {
+    Expr condition(equal, scanSteps);
+    EXPECT_TRUE(JoinsEqualFields(condition)) << equal;
+  }
+  for (const char* other :
+       {"KEY=P.KEY", "KEY>S.KEY", "NUM=S.NUM+0", "KEY=S.NONE", "KEY=S.KEY .AND. T"}) {
+    Expr condition(other, scanSteps);
+    EXPECT_FALSE(JoinsEqualFields(condition)) << other;
   }
 }
 

@@ -158,6 +158,10 @@ int _joinRecords(DbfTable& t, const std::vector<JoinField>& fields, Expr& condit
 
 }  // namespace
 
+bool JoinsEqualFields(Expr& condition) {
+  return ScanCompile(condition) == 0 && _equality(*condition.program);
+}
+
 int moxJoin(const std::string& filename, const std::string& condition, const Lines& fields) {
   if (!dbOPEN(secondary)) {
     SetErr("NO SECONDARY DATABASE FILE IN USE", "");

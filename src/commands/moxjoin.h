@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "run/run_expr.h"
 #include "session/misc.h"
 
 namespace mox {
@@ -11,5 +12,9 @@ namespace mox {
 // the condition is true. The fields are names with an optional area prefix; none means all of area
 // 0 and then all of area 1. 0, or -1 after a report.
 int moxJoin(const std::string& filename, const std::string& condition, const Lines& fields);
+
+// True when the condition compares a field of one area with a field of the other for equality: then
+// no pair needs a run of it.
+bool JoinsEqualFields(Expr& condition);
 
 }  // namespace mox
