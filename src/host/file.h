@@ -50,8 +50,10 @@ void OS_CountWait();
 unsigned OS_Waits();
 extern void (*g_beforeWait)();
 
-// A seam for tests, null in the program: asked before each change of a file; false lets it fail.
-enum class FileOp { make, write, resize, move };
-extern bool (*g_mayChangeFile)(FileOp op);
+// A seam for tests, null in the program: asked before each opening and change of a file; false lets
+// it fail. Of a write that fails, as many of its n bytes are written as the answer leaves in n.
+enum class FileOp { open, make, write, resize, move };
+extern bool (*g_mayChangeFile)(FileOp op, std::size_t& n);
+bool OS_MayChangeFile(FileOp op);
 
 }  // namespace mox
