@@ -35,8 +35,10 @@ bool OS_FileResize(FileHandle f, std::int64_t size);
 // another handle keeps it. Nothing is kept where the file system has no locks.
 bool OS_FileKeep(FileHandle f);
 
-// Moves a file to a name, replacing what stands there: false when it can't.
+// Moves a file to a name, replacing what stands there: false when it can't. Where g_movesOpen is
+// false neither may be open.
 bool OS_FileMove(const std::string& from, const std::string& to);
+extern const bool g_movesOpen;
 
 extern const std::string_view g_lineEnd;  // of the host's text files
 

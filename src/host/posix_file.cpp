@@ -24,6 +24,7 @@ bool _isOther(const std::string& path) {
 }  // namespace
 
 const std::string_view g_lineEnd = "\n";
+const bool g_movesOpen = true;
 
 FileHandle OS_FileOpen(const std::string& path, FileMode mode) {
   if (_isOther(path) || !OS_MayChangeFile(mode == FileMode::make ? FileOp::make : FileOp::open))

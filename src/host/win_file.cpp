@@ -29,6 +29,7 @@ constexpr std::int64_t _keptByte = std::int64_t{1} << 62;
 }  // namespace
 
 const std::string_view g_lineEnd = "\r\n";
+const bool g_movesOpen = false;
 
 FileHandle OS_FileOpen(const std::string& path, FileMode mode) {
   if (!OS_MayChangeFile(mode == FileMode::make ? FileOp::make : FileOp::open)) return noFile;
@@ -83,8 +84,8 @@ bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::siz
 bool OS_FileResize(FileHandle f, std::int64_t size) {
   LARGE_INTEGER end;
   end.QuadPart = size;
-  return OS_MayChangeFile(FileOp::resize) && SetFilePointerEx(_handle(f), end, nullptr, FILE_BEGIN) &&
-         SetEndOfFile(_handle(f));
+  return OS_MayChangeFile(FileOp::resize) &&
+         SetFilePointerEx(_handle(f), end, nullptr, FILE_BEGIN) && SetEndOfFile(_handle(f));
 }
 
 bool OS_FileKeep(FileHandle f) {

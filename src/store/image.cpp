@@ -96,7 +96,7 @@ bool _writeThrough(Image& m, std::int64_t offset, const char* bytes, std::size_t
   std::string old(static_cast<std::size_t>(inside), '\0');
   const bool known = imgRead(m, offset, old.data(), old.size());
   if (OS_FileWrite(m.f, offset, bytes, n)) return true;
-  if (known) OS_FileWrite(m.f, offset, old.data(), old.size());
+  m.torn |= inside > 0 && !(known && OS_FileWrite(m.f, offset, old.data(), old.size()));
   if (offset + _length(n) > m.size && OS_FileSize(m.f) > m.size) OS_FileResize(m.f, m.size);
   return false;
 }
