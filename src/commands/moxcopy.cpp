@@ -1,5 +1,6 @@
 #include "commands/moxcopy.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -92,19 +93,14 @@ int KeepAppended(Expr& condition, int& tally, ErrorSlot& lacking) {
   const bool keep = Qualifies(condition);
   const ErrorSlot judged = TakeErr();  // only that of the last record survives
   if (!keep) {
-    const int removed = dbRemove(selectedArea);
-    if (errnum == errNone) PutErr(judged);
-    return removed;
+    dbRevert();
+    PutErr(judged);
+    return 0;
   }
   const int result = dbReplaceNew(selectedArea);
   if (result == dbNoKey) lacking = TakeErr();
-  if (result >= 0) {
-    ++tally;
-    return 0;
-  }
-  const FirstErr refused;
-  dbRemove(selectedArea);
-  return result;
+  tally += result >= 0;
+  return std::min(result, 0);
 }
 
 int EndAppend(int result, int tally, const ErrorSlot& lacking) {
@@ -133,8 +129,7 @@ int moxApndFmDBF(const std::string& filename, const std::string& condition) {
   for (int r = 0; r < rows && !dbfEOF(source) && result == 0 && !Interrupted();
        ++r, dbfSkip(source, 1)) {
     if (dbfDELETED(source)) continue;
-    if ((result = dbAppend(selectedArea)) != 0) break;
-    dbRepl0(selectedArea);
+    if ((result = dbBegin(selectedArea)) != 0) break;
     _apndDBFflds(source, pairs);
     result = KeepAppended(test, tally, lacking);
   }

@@ -24,13 +24,13 @@ int CopyRecords(int start, int count, const Lines& fields, const std::string& fi
 void SayCopied(int tally);
 
 // Appends the live records of a table file to the selected area, field by field of the same name,
-// and takes back those for which the condition, read on the new record, isn't true. 0, or -1 after
+// but those for which the condition, read on the new record, isn't true. 0, or -1 after
 // a report.
 int moxApndFmDBF(const std::string& filename, const std::string& condition);
 
-// Runs the condition on the record that was just appended and filled, and keeps the record or takes
-// it back: 0; another number, after a report, when that couldn't be written: the record is gone
-// then. The report of a record that is kept without a key in some index goes to lacking.
+// Runs the condition on the record that was begun (dbBegin) and filled, and adds it or gives it up:
+// 0; another number, after a report, when it couldn't be written: it isn't there then. The report
+// of a record that is kept without a key in some index goes to lacking.
 int KeepAppended(Expr& condition, int& tally, ErrorSlot& lacking);
 // Ends an APPEND FROM: tells the tally, and reports the last record that lacks a key.
 int EndAppend(int result, int tally, const ErrorSlot& lacking);

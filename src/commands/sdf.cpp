@@ -146,8 +146,7 @@ int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
   std::string line;
   dbHold(selectedArea);
   while (result == 0 && !Interrupted() && ReadTextLine(f.get(), maxTextLine, line)) {
-    if ((result = dbAppend(selectedArea)) != 0) break;
-    dbRepl0(selectedArea);
+    if ((result = dbBegin(selectedArea)) != 0) break;
     rm_nl(line);
     if (between.empty())
       _setFixed(line);

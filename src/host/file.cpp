@@ -7,7 +7,12 @@ namespace {
 unsigned _waits = 0;
 }
 
-bool (*g_mayChangeFile)(FileOp op) = nullptr;
+bool (*g_mayChangeFile)(FileOp op, std::size_t& n) = nullptr;
+
+bool OS_MayChangeFile(FileOp op) {
+  std::size_t n = 0;
+  return !g_mayChangeFile || g_mayChangeFile(op, n);
+}
 
 void (*g_beforeWait)() = nullptr;
 

@@ -35,8 +35,10 @@ bool OS_FileResize(FileHandle f, std::int64_t size);
 // another handle keeps it. Nothing is kept where the file system has no locks.
 bool OS_FileKeep(FileHandle f);
 
-// Moves a file to a name, replacing what stands there: false when it can't.
+// Moves a file to a name, replacing what stands there: false when it can't. Where g_movesOpen is
+// false neither may be open.
 bool OS_FileMove(const std::string& from, const std::string& to);
+extern const bool g_movesOpen;
 
 extern const std::string_view g_lineEnd;  // of the host's text files
 
@@ -50,8 +52,10 @@ void OS_CountWait();
 unsigned OS_Waits();
 extern void (*g_beforeWait)();
 
-// A seam for tests, null in the program: asked before each change of a file; false lets it fail.
-enum class FileOp { make, write, resize, move };
-extern bool (*g_mayChangeFile)(FileOp op);
+// A seam for tests, null in the program: asked before each opening and change of a file; false lets
+// it fail. Of a write that fails, as many of its n bytes are written as the answer leaves in n.
+enum class FileOp { open, make, write, resize, move };
+extern bool (*g_mayChangeFile)(FileOp op, std::size_t& n);
+bool OS_MayChangeFile(FileOp op);
 
 }  // namespace mox

@@ -13,8 +13,6 @@ namespace mox {
 
 namespace {
 
-bool _may(FileOp op) { return !g_mayChangeFile || g_mayChangeFile(op); }
-
 int _fd(FileHandle f) { return static_cast<int>(f); }
 
 // True when the path leads to a file that isn't plain: what mustn't even be opened.
@@ -26,9 +24,11 @@ bool _isOther(const std::string& path) {
 }  // namespace
 
 const std::string_view g_lineEnd = "\n";
+const bool g_movesOpen = true;
 
 FileHandle OS_FileOpen(const std::string& path, FileMode mode) {
-  if (_isOther(path) || (mode == FileMode::make && !_may(FileOp::make))) return noFile;
+  if (_isOther(path) || !OS_MayChangeFile(mode == FileMode::make ? FileOp::make : FileOp::open))
+    return noFile;
   int flags = O_CLOEXEC | (mode == FileMode::read ? O_RDONLY : O_RDWR);
   if (mode == FileMode::make) flags |= O_CREAT;
   const int fd = open(path.c_str(), flags, 0666);
@@ -57,7 +57,7 @@ std::size_t OS_FileRead(FileHandle f, std::int64_t offset, void* bytes, std::siz
 }
 
 bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::size_t n) {
-  if (!_may(FileOp::write)) return false;
+  const bool may = !g_mayChangeFile || g_mayChangeFile(FileOp::write, n);
   std::size_t done = 0;
   while (done < n) {
     const ssize_t put = pwrite(_fd(f), static_cast<const char*>(bytes) + done, n - done,
@@ -66,11 +66,11 @@ bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::siz
     if (put <= 0) return false;
     done += static_cast<std::size_t>(put);
   }
-  return true;
+  return may;
 }
 
 bool OS_FileResize(FileHandle f, std::int64_t size) {
-  return _may(FileOp::resize) && ftruncate(_fd(f), static_cast<off_t>(size)) == 0;
+  return OS_MayChangeFile(FileOp::resize) && ftruncate(_fd(f), static_cast<off_t>(size)) == 0;
 }
 
 bool OS_FileKeep(FileHandle f) {
@@ -78,7 +78,7 @@ bool OS_FileKeep(FileHandle f) {
 }
 
 bool OS_FileMove(const std::string& from, const std::string& to) {
-  return _may(FileOp::move) && std::rename(from.c_str(), to.c_str()) == 0;
+  return OS_MayChangeFile(FileOp::move) && std::rename(from.c_str(), to.c_str()) == 0;
 }
 
 bool OS_FileIsPlainOwn(const std::string& path) {

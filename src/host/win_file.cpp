@@ -12,8 +12,6 @@ namespace mox {
 
 namespace {
 
-bool _may(FileOp op) { return !g_mayChangeFile || g_mayChangeFile(op); }
-
 HANDLE _handle(FileHandle f) { return reinterpret_cast<HANDLE>(f); }
 
 OVERLAPPED _at(std::int64_t offset) {
@@ -31,9 +29,10 @@ constexpr std::int64_t _keptByte = std::int64_t{1} << 62;
 }  // namespace
 
 const std::string_view g_lineEnd = "\r\n";
+const bool g_movesOpen = false;
 
 FileHandle OS_FileOpen(const std::string& path, FileMode mode) {
-  if (mode == FileMode::make && !_may(FileOp::make)) return noFile;
+  if (!OS_MayChangeFile(mode == FileMode::make ? FileOp::make : FileOp::open)) return noFile;
   const DWORD access = GENERIC_READ | (mode == FileMode::read ? 0 : GENERIC_WRITE);
   const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const HANDLE h = CreateFileW(PathOf(path).c_str(), access, share, nullptr,
@@ -68,7 +67,7 @@ std::size_t OS_FileRead(FileHandle f, std::int64_t offset, void* bytes, std::siz
 }
 
 bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::size_t n) {
-  if (!_may(FileOp::write)) return false;
+  const bool may = !g_mayChangeFile || g_mayChangeFile(FileOp::write, n);
   std::size_t done = 0;
   while (done < n) {
     OVERLAPPED place = _at(offset + static_cast<std::int64_t>(done));
@@ -79,14 +78,14 @@ bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::siz
       return false;
     done += put;
   }
-  return true;
+  return may;
 }
 
 bool OS_FileResize(FileHandle f, std::int64_t size) {
   LARGE_INTEGER end;
   end.QuadPart = size;
-  return _may(FileOp::resize) && SetFilePointerEx(_handle(f), end, nullptr, FILE_BEGIN) &&
-         SetEndOfFile(_handle(f));
+  return OS_MayChangeFile(FileOp::resize) &&
+         SetFilePointerEx(_handle(f), end, nullptr, FILE_BEGIN) && SetEndOfFile(_handle(f));
 }
 
 bool OS_FileKeep(FileHandle f) {
@@ -97,7 +96,7 @@ bool OS_FileKeep(FileHandle f) {
 }
 
 bool OS_FileMove(const std::string& from, const std::string& to) {
-  return _may(FileOp::move) &&
+  return OS_MayChangeFile(FileOp::move) &&
          MoveFileExW(PathOf(from).c_str(), PathOf(to).c_str(), MOVEFILE_REPLACE_EXISTING);
 }
 

@@ -13,13 +13,11 @@ namespace mox {
 
 namespace {
 
-// Copies the record before the new one, deletion mark included, over it.
+// Adds a record that is a copy of the last one, deletion mark included.
 void _carry() {
-  const int recno = dbRECNO(selectedArea);
-  dbSkipTo(selectedArea, recno - 1);
+  dbSkipTo(selectedArea, dbRMAX(selectedArea));
   const std::string row = dbRow(selectedArea);
-  dbSkipTo(selectedArea, recno);
-  dbRepl0(selectedArea);
+  if (dbBegin(selectedArea) != 0) return;
   dbSetRow(selectedArea, row);
   dbReplace(selectedArea);
 }
@@ -27,8 +25,11 @@ void _carry() {
 }  // namespace
 
 void OpAddRec(Operands& o) {
-  if (!DbChk() || dbAppend(selectedArea) != 0) return;
-  if (o.integer() != 0 && g_opt[optCARRY] && dbRECNO(selectedArea) > 1) _carry();
+  if (!DbChk()) return;
+  if (o.integer() != 0 && g_opt[optCARRY] && dbRMAX(selectedArea) > 0)
+    _carry();
+  else
+    dbAppend(selectedArea);
 }
 
 void OpUpdRec0(Operands&) {

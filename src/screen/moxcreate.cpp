@@ -181,13 +181,17 @@ int MoxModiStru() {
   }
   Lines lines = _gridLines();
   if (!_editGrid(lines)) return 0;
+  if (dbMark(selectedArea) != 0) return -1;
   dbCloseDbf(selectedArea);
   const int result = _CrDbf(path, lines);
+  if (result == 0) dbStale(selectedArea);
   if (dbReopenDbf(selectedArea, path) != 0) {
     SetErr("FILE DOES NOT EXIST", path);
+    dbClrIndex(selectedArea);
     return -1;
   }
-  if (result == 0 && dbINDEXED(selectedArea)) dbReindex(false);  // no record is left to be found
+  // No record is left to be found; an index that doesn't know of it would lead to none.
+  if (result == 0 && dbReindex(false) != 0) dbClrIndex(selectedArea);
   dbTop(selectedArea);
   return result;
 }

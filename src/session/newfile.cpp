@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "host/path.h"
 #include "session/error.h"
@@ -16,7 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char _inTheMaking[] = ".mox~";
-constexpr std::size_t _piece = 1 << 16;
+constexpr std::int64_t _piece = 1 << 16;
 
 // The file to which the path leads, or the path when there is none yet.
 std::string _behindLinks(const std::string& path) {
@@ -76,34 +77,44 @@ std::int64_t _copy(FileHandle from, FileHandle to, std::int64_t begin, std::int6
   return end;
 }
 
-// Writes the new bytes over the old file.
-int _writeOver(NewFile& n) {
-  const Opened old(OS_FileOpen(n.place, FileMode::change));
-  const std::int64_t before = OS_FileSize(old.f), after = OS_FileSize(n.f);
-  if (old.f == noFile || before < 0) return fileCantWrite;
-  const std::int64_t both = std::min(before, after);
-  if (_copy(n.f, old.f, both, after) != std::max(both, after)) {
-    OS_FileResize(old.f, before);
+// Writes the new bytes over the old file: first those that make it longer, for which there may be
+// no room, and last the first ones, which in a table tell how many of the others count.
+int _writeOver(const NewFile& n, FileHandle old) {
+  const std::int64_t before = OS_FileSize(old), after = OS_FileSize(n.f);
+  const std::int64_t both = std::min(before, after), head = std::min(both, _piece);
+  std::string kept(static_cast<std::size_t>(std::max<std::int64_t>(both, 0)), '\0');
+  if (both < 0 || OS_FileRead(old, 0, kept.data(), kept.size()) != kept.size())
     return fileCantWrite;
+  if (_copy(n.f, old, both, after) == std::max(both, after)) {
+    if (_copy(n.f, old, head, both) == both && _copy(n.f, old, 0, head) == head &&
+        (after >= before || OS_FileResize(old, after)))
+      return 0;
+    OS_FileWrite(old, 0, kept.data(), kept.size());
   }
-  std::string kept(static_cast<std::size_t>(both), '\0');
-  OS_FileRead(old.f, 0, kept.data(), kept.size());
-  if (_copy(n.f, old.f, 0, both) == both && (after >= before || OS_FileResize(old.f, after)))
-    return 0;
-  OS_FileWrite(old.f, 0, kept.data(), kept.size());
-  if (after > before) OS_FileResize(old.f, before);
+  if (after > before) OS_FileResize(old, before);
   return fileCantWrite;
 }
 
-int _moveThere(NewFile& n) {
+int _putInPlace(NewFile& n, FileHandle* old) {
+  if (old) return _writeOver(n, *old);
+  const Opened opened(OS_FileOpen(n.place, FileMode::change));
+  return opened.f == noFile ? fileCantWrite : _writeOver(n, opened.f);
+}
+
+int _moveThere(NewFile& n, FileHandle* old) {
   std::error_code ec;
-  const fs::file_status old = fs::status(PathOf(n.place), ec);
-  if (fs::exists(old)) fs::permissions(PathOf(n.made), old.permissions(), ec);
-  OS_FileClose(n.f);  // an open file can't be moved on every host
-  n.f = noFile;
-  if (!OS_FileMove(n.made, n.place)) return fileCantWrite;
-  n.made.clear();
-  return 0;
+  const fs::file_status status = fs::status(PathOf(n.place), ec);
+  if (fs::exists(status)) fs::permissions(PathOf(n.made), status.permissions(), ec);
+  if (!g_movesOpen) {
+    OS_FileClose(std::exchange(n.f, noFile));
+    if (old) OS_FileClose(std::exchange(*old, noFile));
+  }
+  const bool moved = OS_FileMove(n.made, n.place);
+  if (moved) n.made.clear();
+  if (old && moved && g_movesOpen) OS_FileClose(std::exchange(*old, std::exchange(n.f, noFile)));
+  if (old && *old == noFile && (*old = OS_FileOpen(n.place, FileMode::change)) != noFile)
+    OS_FileKeep(*old);
+  return moved ? 0 : fileCantWrite;
 }
 
 int _writeWhole(const std::string& name, std::string_view bytes) {
@@ -144,8 +155,8 @@ bool NewFileAppend(NewFile& n, std::string_view bytes) {
   return true;
 }
 
-int NewFileDone(NewFile& n) {
-  const int result = n.inPlace ? _writeOver(n) : _moveThere(n);
+int NewFileDone(NewFile& n, FileHandle* old) {
+  const int result = n.inPlace ? _putInPlace(n, old) : _moveThere(n, old);
   _drop(n);
   return result;
 }

@@ -47,8 +47,9 @@ struct NewFile {
 // this session.
 int NewFileOpen(NewFile& n, const std::string& name, bool evenOpen = false);
 bool NewFileAppend(NewFile& n, std::string_view bytes);
-// Puts the file in its place: 0, or fileCantWrite with the old file as it was.
-int NewFileDone(NewFile& n);
+// Puts the file in its place: 0, or fileCantWrite with the old file as it was. The caller's handle
+// of the old file becomes one of what is there then, kept for this session.
+int NewFileDone(NewFile& n, FileHandle* old = nullptr);
 
 // Makes a file hold a text, its line ends those of the host, or bytes: 0, or a FileResult.
 int FileWriteText(const std::string& name, std::string_view text);

@@ -87,10 +87,16 @@ int dbOpen(int area, std::string_view filename) {
 
 int dbClose(int area) {
   dbClrIndex(area);
-  return dbfClose(_table(area));
+  return dbCloseDbf(area);
 }
 
-int dbCloseDbf(int area) { return dbfClose(_table(area)); }
+int dbCloseDbf(int area) {
+  DbfTable& t = _table(area);
+  const std::string name = t.name;
+  const int result = dbfClose(t);
+  if (result == dbfCantWrite) SetErr("CANNOT WRITE FILE", name);
+  return result;
+}
 
 int dbReopenDbf(int area, const std::string& filename) {
   return dbfOpen(_table(area), filename, true);
@@ -234,6 +240,11 @@ int dbAppend(int area) {
   return dbWritten(t, dbfAppend(t));
 }
 
+int dbBegin(int area) {
+  DbfTable& t = _table(area);
+  return dbWritten(t, dbfBegin(t));
+}
+
 int dbRemove(int area) {
   DbfTable& t = _table(area);
   return dbWritten(t, dbfRemove(t));
@@ -256,7 +267,10 @@ void dbDelToggle(int area) {
 
 int dbPack(int area) {
   DbfTable& t = _table(area);
-  return dbWritten(t, dbfPack(t));
+  if (dbMark(area) != 0) return -1;
+  const int result = dbWritten(t, dbfPack(t));
+  if (result == 0) dbStale(area);
+  return result;
 }
 
 }  // namespace mox

@@ -115,8 +115,9 @@ int dbFind(int area, int length, std::string_view text);
 // keys can't be made, or that a file or an index refuses, leaves record, buffer and indexes as they
 // were: -1 after a report. Of a record that has no item in an index the old key isn't needed.
 //
-// dbReplaceNew ends the change of a record that was just added: where its key can't be made it has
-// no item, and the report is left for the end of the statement (dbNoKey); any other failure is one.
+// dbReplaceNew ends the change of a record of dbBegin: where its key can't be made it has no item,
+// and the report is left for the end of the statement (dbNoKey); any other failure is one. A new
+// record that is refused, or given up with dbRevert, was never there.
 //
 // Each hands what it wrote to the operating system before it returns, and reports a refused write
 // and a full table or index as errors.
@@ -127,6 +128,7 @@ enum DbResult { dbNoKey = 1 };
 void dbHold(int area);
 int dbLetGo(int area);
 int dbAppend(int area);
+int dbBegin(int area);  // a new record that nobody sees before dbReplace or dbReplaceNew
 void dbRepl0(int area);
 void dbRevert();  // in all areas
 int dbReplace(int area);
@@ -136,6 +138,12 @@ int dbDelete(int area);
 int dbRecall(int area);
 void dbDelToggle(int area);  // turns the deletion mark over, in the buffer only
 int dbPack(int area);        // the caller then calls dbReindex
+
+// Around a change that no index follows: dbMark, before it, notes in the files of all indexes of
+// the table that they may be out of step with it (0; -1 after a report), and dbStale, behind it,
+// that they are, until they are built anew.
+int dbMark(int area);
+void dbStale(int area);
 
 // Builds an index file over the selected area's records in their order and closes it. It takes the
 // place of an existing file when it is complete; areas that have this file open for the same table

@@ -30,7 +30,7 @@ bool _hasSlot(int area, int slot) {
 template <class Action>
 void _eachUser(const DbfTable& t, Action action) {
   for (DbArea& a : db)
-    if (a.table.file == t.file) action(a);
+    if (&a.table == &t || (t.file && a.table.file == t.file)) action(a);
 }
 
 // Shows a record's image to the key expressions: in each area that has the table open it stands in
@@ -114,9 +114,9 @@ struct KeyMove {
 };
 
 // Every index that an area has open for the table, each file once.
-std::vector<KeyMove> _indexesOf(const DbfTable& t) {
+std::vector<KeyMove> _indexesOf(const DbArea& of) {
   std::vector<KeyMove> moves;
-  _eachUser(t, [&](DbArea& a) {
+  _eachUser(of.table, [&](DbArea& a) {
     for (int slot = 0; slot < a.ndxs; ++slot) {
       NdxFile& x = a.index[slot];
       const auto same = [&](const KeyMove& m) { return m.x->file == x.file; };
@@ -135,77 +135,84 @@ int _eachIndex(std::vector<KeyMove>& moves, Op op) {
 }
 
 // The key of the stored record, of which none is needed when the record has no item.
-bool _keyBefore(KeyMove& m, const DbfTable& t, const std::string& row, bool isNew) {
+bool _keyBefore(KeyMove& m, const DbfTable& t, const std::string& row) {
   const FirstErr first;
   const ShownRow shown(t, row);
   if (dbKeyText(*m.x, m.before) == 0) return true;
-  if (!isNew && ndxHasRno(*m.x, t.recno)) return false;
+  if (ndxHasRno(*m.x, t.recno)) return false;
   m.out = false;
   TakeErr();
   return true;
 }
 
-// Makes the keys of the stored record and then of the new one: false when one that is needed can't
-// be made. A record that was just added has no item yet, and gets none where its key can't be made.
-bool _makeKeys(DbfTable& t, std::vector<KeyMove>& moves, bool isNew) {
+// Makes the keys of the stored record, if there is one, and then of the new one: false when one
+// that is needed can't be made. With mayLack a record gets no item where its key can't be made.
+bool _makeKeys(DbfTable& t, std::vector<KeyMove>& moves, bool mayLack) {
   const std::string before = dbfStored(t), after = t.row;
   for (KeyMove& m : moves) {
-    if (!_keyBefore(m, t, before, isNew)) return false;
-    m.out &= !isNew;
+    m.out = !t.adding;
+    if (m.out && !_keyBefore(m, t, before)) return false;
   }
   const ShownRow shown(t, after);
   for (KeyMove& m : moves) {
     m.in = dbKeyText(*m.x, m.after) == 0;
-    if (!m.in && !isNew) return false;
+    if (!m.in && !mayLack) return false;
   }
   return true;
 }
 
-// Writes record and indexes, each index first in memory. All new pages go out before anything that
-// the files have is written over, so that a full disk changes no file; what is refused behind that
-// is taken back.
-int _moveRecord(DbArea& a, std::vector<KeyMove>& moves) {
-  DbfTable& t = a.table;
-  const auto take = [&](KeyMove& m) {
-    if (m.out) ndxDel(*m.x, t.recno, m.before);
-    return m.in ? ndxAdd(*m.x, t.recno, m.after) : 0;
-  };
-  const std::string before = dbfStored(t);
-  int result = _eachIndex(moves, take);
-  if (result == 0) result = _eachIndex(moves, [](KeyMove& m) { return ndxReserve(*m.x); });
-  bool replaced = false;
-  if (result == 0) {
-    result = dbfReplace(t);
-    replaced = result == 0;
-    if (result == dbfCantWrite) dbWritten(t, result);
-  }
-  if (result == 0) result = _eachIndex(moves, [](KeyMove& m) { return ndxFlush(*m.x); });
-  if (result == 0) {
-    for (KeyMove& m : moves) ndxSettle(*m.x);
-    return 0;
-  }
-  for (KeyMove& m : moves) ndxUndo(*m.x);
-  if (replaced) {
-    dbfSetRow(t, before);
-    dbfReplace(t);
-  }
-  return -1;
+// Takes the stored record's item out of the index, also when it stands there under another key: the
+// expression may ask for what has changed since. A blank record mostly has none and isn't sought.
+void _takeOut(KeyMove& m, const DbfTable& t, const std::string& stored) {
+  if (ndxDel(*m.x, t.recno, m.before) != 0 && !isBlank(stored)) ndxDelRno(*m.x, t.recno);
 }
 
-int _replace(int area, bool isNew) {
-  if (!dbOPEN(area)) return 0;
-  if (!dbHasRecord(area)) return -1;
-  DbArea& a = dbAreaOf(area);
-  std::vector<KeyMove> moves = _indexesOf(a.table);
-  dbfRow(a.table);
-  if (moves.empty()) {
-    const int written = dbfReplace(a.table);
-    if (written != 0) dbfRevert(a.table);
-    return dbWritten(a.table, written);
+// Takes back what came to the files of a change that was refused.
+void _takeBack(DbfTable& t, std::vector<KeyMove>& moves, const std::string& stored, bool replaced) {
+  for (KeyMove& m : moves) ndxUndo(*m.x);
+  if (replaced && !t.adding) {
+    dbfSetRow(t, stored);
+    replaced = dbfReplace(t) != 0;
   }
-  const bool moved = _makeKeys(a.table, moves, isNew) && _moveRecord(a, moves) == 0;
+  if (!std::exchange(t.file->image.torn, false) && (t.adding || !replaced)) return;
+  for (KeyMove& m : moves) ndxStale(*m.x);
+}
+
+// Writes record and indexes, each index first in memory. All new pages go out before anything that
+// the files have is written over, so that a full disk changes no file; what is refused behind that
+// is taken back. A program that is killed behind the marks leaves them. A new record is counted
+// when all else is written.
+int _moveRecord(DbfTable& t, std::vector<KeyMove>& moves) {
+  const std::string stored = dbfStored(t);
+  int result = _eachIndex(moves, [&](KeyMove& m) {
+    if (m.out) _takeOut(m, t, stored);
+    return m.in ? ndxAdd(*m.x, t.recno, m.after) : 0;
+  });
+  if (result == 0) result = _eachIndex(moves, [](KeyMove& m) { return ndxReserve(*m.x); });
+  if (result == 0) result = _eachIndex(moves, [](KeyMove& m) { return ndxMark(*m.x); });
+  bool replaced = false;
+  if (result == 0) {
+    result = dbWritten(t, dbfReplace(t));
+    replaced = result == 0;
+  }
+  if (result == 0) result = _eachIndex(moves, [](KeyMove& m) { return ndxFlush(*m.x); });
+  if (result == 0) result = dbWritten(t, dbfCount(t));
+  if (result == 0)
+    for (KeyMove& m : moves) ndxSettle(*m.x);
+  else
+    _takeBack(t, moves, stored, replaced);
+  return result == 0 ? 0 : -1;
+}
+
+int _replace(int area, bool mayLack) {
+  DbArea& a = dbAreaOf(area);
+  if (!dbOPEN(area)) return 0;
+  if (!a.table.adding && !dbHasRecord(area)) return -1;
+  std::vector<KeyMove> moves = _indexesOf(a);
+  dbfRow(a.table);
+  const bool moved = _makeKeys(a.table, moves, mayLack) && _moveRecord(a.table, moves) == 0;
   if (!moved) dbfRevert(a.table);
-  dbMasterBack(a);
+  if (!moves.empty()) dbMasterBack(a);
   const auto lacks = [](const KeyMove& m) { return !m.in; };
   return !moved ? -1 : std::any_of(moves.begin(), moves.end(), lacks) ? dbNoKey : 0;
 }
@@ -322,6 +329,7 @@ void dbClrIndex(int area) {
 int dbSetIndex(int area, int slot, std::string_view filename) {
   if (!_slotInRange(slot)) return ndxBadKey;
   DbArea& a = dbAreaOf(area);
+  const FirstErr first;
   const int result = ndxOpen(a.index[slot], filename, true);
   if (result == 0) a.ndxs = std::max(a.ndxs, slot + 1);
   return result;
@@ -344,7 +352,7 @@ std::string dbNdxExpr(int area, int slot) {
 
 void dbHold(int area) {
   DbfTable& t = dbAreaOf(area).table;
-  if (_indexesOf(t).empty()) dbfHold(t);
+  if (_indexesOf(dbAreaOf(area)).empty()) dbfHold(t);
 }
 
 int dbLetGo(int area) {
@@ -386,7 +394,7 @@ int dbReindex(bool talk, bool everyUser) {
   for (int slot = 0; slot < ndxs; ++slot) names.push_back(dbNdxFn(selectedArea, slot));
   const size_t own = names.size();
   if (everyUser)
-    for (const KeyMove& m : _indexesOf(a.table))
+    for (const KeyMove& m : _indexesOf(a))
       if (std::find(names.begin(), names.end(), ndxGetFn(*m.x)) == names.end())
         names.push_back(ndxGetFn(*m.x));
   ErrorSlot failed;
@@ -403,6 +411,15 @@ int dbReindex(bool talk, bool everyUser) {
   if (failed.num == errNone) return 0;
   PutErr(failed);
   return -1;
+}
+
+int dbMark(int area) {
+  std::vector<KeyMove> moves = _indexesOf(dbAreaOf(area));
+  return _eachIndex(moves, [](KeyMove& m) { return ndxMark(*m.x); });
+}
+
+void dbStale(int area) {
+  for (KeyMove& m : _indexesOf(dbAreaOf(area))) ndxStale(*m.x);
 }
 
 void dbClrShared(int area) {

@@ -66,7 +66,7 @@ bool _dbfGet(DbfTable& t, int recno, std::string& row) {
 // The record is read when somebody looks at it. Of one that the file hasn't, row keeps what it
 // held.
 void _dbfRead(DbfTable& t) {
-  t.changing = false;
+  t.changing = t.adding = false;
   t.eof = !_dbfHas(t, t.recno);
   if (t.eof)
     _dbfGet(t, t.recno, t.row);
@@ -160,6 +160,24 @@ int _dbfSetMark(DbfTable& t, char mark) {
 
 Lines _dbfNames(const DbfTable& t) { return Lines(t.names.begin(), t.names.begin() + t.cols); }
 
+// Goes to the last record, if there is one.
+void _dbfToLast(DbfTable& t) {
+  t.recno = t.file->rmax;
+  t.changing = t.adding = false;
+  if (t.recno == 0)
+    t.eof = true;
+  else
+    _dbfRead(t);
+}
+
+// Gives a new record up, which may have come over the end mark.
+void _dbfDrop(DbfTable& t) {
+  char mark = 0;
+  if (!imgRead(t.file->image, _dbfOffset(t, t.recno), &mark, 1) || mark != endMark)
+    _dbfPutEndMark(t);
+  _dbfToLast(t);
+}
+
 bool _inRange(const DbfTable& t) { return t.file && t.recno >= 1 && t.recno <= t.file->rmax; }
 
 // Opens the file, or joins those who have it open.
@@ -204,7 +222,7 @@ bool _packInto(DbfTable& t, Image& to, int& kept, std::string& row) {
   for (int r = 1; r <= t.file->rmax; r++) {
     row.assign(static_cast<size_t>(t.rowsize), ' ');
     row[0] = '*';
-    _dbfGet(t, r, row);
+    if (!_dbfGet(t, r, row) && _dbfHas(t, r)) return false;
     if (row[0] == ' ' && !imgWrite(to, _dbfOffset(t, ++kept), row.data(), row.size())) return false;
   }
   unsigned char count[2];
@@ -215,10 +233,9 @@ bool _packInto(DbfTable& t, Image& to, int& kept, std::string& row) {
 
 // Takes the packed file's place over: the users of the file go on with it.
 bool _takeOver(DbfFile& file, NewFile& made) {
-  OS_FileClose(file.image.f);
-  const bool done = NewFileDone(made) == 0;
-  imgOpen(file.image, OS_FileOpen(file.use->path, FileMode::change));
-  if (file.kept) OS_FileKeep(file.image.f);
+  FileHandle f = file.image.f;
+  const bool done = NewFileDone(made, &f) == 0;
+  imgOpen(file.image, f);
   return done;
 }
 
@@ -355,6 +372,7 @@ void dbfChange(DbfTable& t) {
 }
 
 void dbfRevert(DbfTable& t) {
+  if (t.adding) return _dbfDrop(t);
   if (!t.changing) return;
   t.changing = false;
   t.stale = dbfOnRecord(t);
@@ -367,6 +385,11 @@ std::string dbfStored(DbfTable& t) {
 }
 
 int dbfReplace(DbfTable& t) {
+  if (t.adding) {
+    const std::string record = t.row + endMark;
+    const bool put = _dbfPut(t, _dbfOffset(t, t.recno), record.data(), record.size());
+    return put ? 0 : dbfCantWrite;
+  }
   if (!_inRange(t)) return -1;
   dbfRow(t);
   if (!_dbfWrite(t)) return dbfCantWrite;
@@ -375,30 +398,45 @@ int dbfReplace(DbfTable& t) {
   return 0;
 }
 
-// The record goes to the file before the count that covers it.
-int dbfAppend(DbfTable& t) {
+int dbfBegin(DbfTable& t) {
   if (!t.file) return dbfClosed;
   if (t.file->rmax >= t.limit) return dbfFull;
-  std::string blank(static_cast<size_t>(t.rowsize), ' ');
-  blank += endMark;
-  const bool written = _dbfPut(t, _dbfOffset(t, t.file->rmax + 1), blank.data(), blank.size());
+  t.row.assign(static_cast<size_t>(t.rowsize), ' ');
+  t.recno = t.file->rmax + 1;
+  t.stale = false;
+  t.changing = t.adding = true;
+  return 0;
+}
+
+int dbfCount(DbfTable& t) {
+  if (!t.adding) return 0;
   t.file->rmax++;
-  if (!written || !_dbfUpdHdrRmax(t)) {
+  if (!_dbfUpdHdrRmax(t)) {
     t.file->rmax--;
-    _dbfPutEndMark(t);
     return dbfCantWrite;
   }
-  blank.pop_back();
-  t.row = std::move(blank);
-  t.stale = t.changing = false;
-  t.recno = t.file->rmax;
+  t.changing = t.adding = false;
   _dbfChanged(t);
   DbfFile& f = *t.file;
-  if (f.image.holds && !f.made && (f.rmax - f.put) * t.rowsize > holdBytes) {
-    if (!imgPut(f.image)) return dbfCantWrite;
-    f.put = f.rmax;
-  }
+  const bool many = f.image.holds && !f.made && (f.rmax - f.put) * t.rowsize > holdBytes;
+  if (many && imgPut(f.image)) f.put = f.rmax;  // a refusal meets the next record
   return 0;
+}
+
+// The record goes to the file before the count that covers it.
+int dbfAppend(DbfTable& t) {
+  const int recno = t.recno;
+  std::string row = dbfRow(t);
+  int result = dbfBegin(t);
+  if (result != 0) return result;
+  result = dbfReplace(t);
+  if (result == 0) result = dbfCount(t);
+  if (result == 0) return 0;
+  _dbfPutEndMark(t);
+  t.adding = t.changing = false;
+  t.recno = recno;
+  t.row = std::move(row);
+  return result;
 }
 
 int dbfRemove(DbfTable& t) {
@@ -409,12 +447,7 @@ int dbfRemove(DbfTable& t) {
     return dbfCantWrite;
   }
   _dbfChanged(t);
-  t.recno = t.file->rmax;
-  t.changing = false;
-  if (t.recno == 0)
-    t.eof = true;
-  else
-    _dbfRead(t);
+  _dbfToLast(t);
   return _dbfPutEndMark(t) ? 0 : dbfCantWrite;
 }
 
@@ -458,10 +491,10 @@ int dbfLetGo(DbfTable& t, int& lost) {
   t.file->rmax = std::min(t.file->rmax, t.file->put);
   for (size_t i = 0; i < rows.size(); ++i) {
     lost = static_cast<int>(rows.size() - i);
-    if (dbfAppend(t) != 0) break;
+    if (dbfBegin(t) != 0) break;
     dbfSetRow(t, rows[i]);
-    if (dbfReplace(t) != 0) {
-      dbfRemove(t);
+    if (dbfReplace(t) != 0 || dbfCount(t) != 0) {
+      dbfRevert(t);
       break;
     }
     --lost;

@@ -90,6 +90,7 @@ struct DbfTable {
   bool eof = false;
   bool stale = false;      // row is to be read before anyone looks at it
   bool changing = false;   // row is being changed and is nobody else's business
+  bool adding = false;     // row is a new record, behind the last and not yet counted
   unsigned seen = 0;       // the file's changes when row was read
   bool dirty = false;      // this user changed the file: dbfClose then writes the date
   int packed = 0;          // records kept by the last dbfPack
@@ -139,6 +140,12 @@ std::string dbfStored(DbfTable& t);
 // it was); dbfRemove takes the last one back. dbfPack keeps the records whose mark is a space and
 // goes to record 1; the file is written anew and changes as a whole. A change that the host refuses
 // (dbfCantWrite) leaves the file as it was.
+//
+// A record that shall never be there half filled begins with dbfBegin: blank, behind the last one,
+// in row alone. dbfReplace then writes it, dbfCount makes it a record of the table, and dbfRevert
+// or a move, in place of either, drops it; dbfRevert goes to the last record.
+int dbfBegin(DbfTable& t);
+int dbfCount(DbfTable& t);
 int dbfReplace(DbfTable& t);
 int dbfAppend(DbfTable& t);
 int dbfRemove(DbfTable& t);

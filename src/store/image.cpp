@@ -92,10 +92,11 @@ void _patch(Image& m, std::int64_t offset, const char* bytes, std::size_t n, boo
 
 // Writes at once. What the host refused is taken back as far as it came.
 bool _writeThrough(Image& m, std::int64_t offset, const char* bytes, std::size_t n) {
-  if (OS_FileWrite(m.f, offset, bytes, n)) return true;
   const std::int64_t inside = std::clamp<std::int64_t>(m.size - offset, 0, _length(n));
   std::string old(static_cast<std::size_t>(inside), '\0');
-  if (imgRead(m, offset, old.data(), old.size())) OS_FileWrite(m.f, offset, old.data(), old.size());
+  const bool known = imgRead(m, offset, old.data(), old.size());
+  if (OS_FileWrite(m.f, offset, bytes, n)) return true;
+  m.torn |= inside > 0 && !(known && OS_FileWrite(m.f, offset, old.data(), old.size()));
   if (offset + _length(n) > m.size && OS_FileSize(m.f) > m.size) OS_FileResize(m.f, m.size);
   return false;
 }

@@ -6,8 +6,8 @@
 // A write goes to the file at once unless the image holds writes: then changed blocks go out at
 // imgPut, or when their place is needed for others, in ascending order but for the first block,
 // which goes last: it has the header, whose count covers what is behind it. A write that the host
-// refuses leaves the bytes that the file had; one of held bytes is kept in mind, and from then on
-// every write and put reports it.
+// refuses leaves the bytes that the file had, or the image is torn: the host refused them too. A
+// refused write of held bytes is kept in mind, and from then on every write and put reports it.
 #pragma once
 
 #include <cstdint>
@@ -40,6 +40,7 @@ struct Image {
   unsigned waits = 0;  // at the last look at the file
   bool holds = false;
   bool refused = false;
+  bool torn = false;  // some write stays done by half; who makes the file whole clears it
 };
 
 // Takes over an open file.

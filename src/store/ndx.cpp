@@ -367,4 +367,9 @@ int ndxDel(NdxFile& x, int rno, std::string_view text) {
   return _run(x, "ndxDel", rno, text, _ndxDel);
 }
 
+int ndxDelRno(NdxFile& x, int rno) {
+  if (!x.file || !ndxHasRno(x, rno)) return ndxFail;
+  return _ndxDel(x, rno, NodeGetX(*_top(x), x.Ino.back()).key);
+}
+
 }  // namespace mox

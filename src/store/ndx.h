@@ -63,10 +63,14 @@ bool ndxOutOfStep(const NdxFile& x);
 
 // Hands all changes to the operating system: 0 or ndxCantWrite. ndxReserve writes just the new
 // pages: once it has succeeded, the flush writes over pages that the file has and so needs no room.
+// ndxMark notes in the file that it is about to change.
 int ndxReserve(NdxFile& x);
+int ndxMark(NdxFile& x);
 int ndxFlush(NdxFile& x);
 void ndxSettle(NdxFile& x);
 void ndxUndo(NdxFile& x);
+// The file is out of step with its table: it stays marked until it is built anew.
+void ndxStale(NdxFile& x);
 // Forgets all changes since the last flush.
 void ndxDrop(NdxFile& x);
 // The program rests: files that were marked as being changed are marked no more.
@@ -94,6 +98,8 @@ int ndxFindRno(NdxFile& x, int rno, std::string_view text);
 // and this record.
 int ndxAdd(NdxFile& x, int rno, std::string_view text);
 int ndxDel(NdxFile& x, int rno, std::string_view text);
+// Takes the record's item out, whatever its key: 0; -1 when it has none.
+int ndxDelRno(NdxFile& x, int rno);
 
 // The level of the trace on the standard output (0 at start, no statement changes it) and the old
 // level; a negative level only asks. From 2 on the outer operations are shown, from 4 on NodeWrite,

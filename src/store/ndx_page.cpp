@@ -81,9 +81,12 @@ void _readRoot(NdxPages& f) {
 
 // Marks the file as being changed, or no more.
 bool _mark(NdxPages& f, bool changing) {
+  unsigned char mark[2];
+  put2(mark, changing);
+  if (!_put(f, 0, mark, sizeof mark)) return false;
   put2(&f.header[atMark], changing);
   f.marked = changing;
-  return _put(f, 0, f.header.data(), 2);
+  return true;
 }
 
 int _readHeader(NdxPages& f) {
@@ -313,12 +316,18 @@ int ndxReserve(NdxFile& x) {
   return 0;
 }
 
+int ndxMark(NdxFile& x) {
+  if (!x.file) return ndxFail;
+  NdxPages& f = *x.file;
+  return !f.owned || f.marked || _mark(f, true) ? 0 : ndxCantWrite;
+}
+
 int ndxFlush(NdxFile& x) {
   if (!x.file) return ndxFail;
   NdxPages& f = *x.file;
   const int result = ndxReserve(x);
   if (result != 0) return result;
-  if (f.owned && !f.marked && !f.changed.empty() && !_mark(f, true)) return ndxCantWrite;
+  if (!f.changed.empty() && ndxMark(x) != 0) return ndxCantWrite;
   if (!_putPages(f, 0, f.changed.size())) return ndxCantWrite;
   f.changed.clear();
   if (f.hdrChanged && !_put(f, 0, f.header.data(), f.header.size())) return ndxCantWrite;
@@ -347,6 +356,12 @@ void ndxUndo(NdxFile& x) {
   ndxDrop(x);
 }
 
+void ndxStale(NdxFile& x) {
+  if (!x.file) return;
+  ndxMark(x);
+  x.file->outOfStep = true;
+}
+
 void ndxDrop(NdxFile& x) {
   if (!x.file) return;
   NdxPages& f = *x.file;
@@ -369,10 +384,9 @@ void ndxRest() {
 }
 
 int ndxTakeOver(NdxPages& f, NewFile& made) {
-  OS_FileClose(f.image.f);
-  const int result = NewFileDone(made);
-  imgOpen(f.image, OS_FileOpen(f.name, FileMode::change));
-  if (f.kept) OS_FileKeep(f.image.f);
+  FileHandle h = f.image.f;
+  const int result = NewFileDone(made, &h);
+  imgOpen(f.image, h);
   f.node.clear();
   f.changed.clear();
   f.written.clear();
