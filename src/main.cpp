@@ -40,20 +40,22 @@ bool enterFolder(std::string& file) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && (mox::ArgGet(argc, argv, "-ver") || mox::ArgGet(argc, argv, "--version"))) {
+  mox::Lines arguments = mox::OS_Arguments(argc, argv);
+  const bool single = arguments.size() == 2;
+  if (single && (mox::ArgGet(arguments, "-ver") || mox::ArgGet(arguments, "--version"))) {
     mox::AppVersion();
     return 0;
   }
-  if (argc == 2 && mox::ArgGet(argc, argv, "--help")) {
+  if (single && mox::ArgGet(arguments, "--help")) {
     std::fputs(usage, stdout);
     return 0;
   }
   mox::ansi_on();
-  std::string program = argc == 2 ? argv[1] : "";
+  std::string program = single ? arguments[1] : "";
   if (!enterFolder(program)) {
     mox::SetErr("COMMAND FILE CANNOT BE FOUND\n", "DO CANCELLED");
     mox::SayErr2();
     return 0;
   }
-  return mox::moxmain(argc == 2 ? &program : nullptr);
+  return mox::moxmain(single ? &program : nullptr);
 }

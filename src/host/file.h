@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,9 @@ bool OS_FileResize(FileHandle f, std::int64_t size);
 // Keeps the file for this handle until it is closed or the program ends in whatever way: false when
 // another handle keeps it. Nothing is kept where the file system has no locks.
 bool OS_FileKeep(FileHandle f);
+
+// Opens a stream with a mode of the standard library, which closes it: null when it can't.
+std::FILE* OS_StreamOpen(const std::string& path, const char* mode);
 
 // Moves a file to a name, replacing what stands there: false when it can't. Where g_movesOpen is
 // false neither may be open.

@@ -41,6 +41,10 @@ void OS_SetRestoreText(const char* text);
 // terminal, or a request to end, is the end of the input, and ends the program behind it.
 void OS_HoldEnd(bool hold);
 
+// The arguments of the program, its own name first, as texts in UTF-8 where the host has other
+// names.
+std::vector<std::string> OS_Arguments(int argc, char** argv);
+
 // Waits for one key, without echo and without line buffering, and gives one byte of it. A cursor
 // or function key gives two bytes in two calls: 0 or 224, then its scan code (72 Up, 75 Left,
 // 77 Right, 80 Down, 82 Insert, 83 Delete, 71 Home, 79 End, 73 Page Up, 81 Page Down, 59 to 68

@@ -77,6 +77,10 @@ bool OS_FileKeep(FileHandle f) {
   return flock(_fd(f), LOCK_EX | LOCK_NB) == 0 || (errno != EWOULDBLOCK && errno != EINTR);
 }
 
+std::FILE* OS_StreamOpen(const std::string& path, const char* mode) {
+  return std::fopen(path.c_str(), mode);
+}
+
 bool OS_FileMove(const std::string& from, const std::string& to) {
   return OS_MayChangeFile(FileOp::move) && std::rename(from.c_str(), to.c_str()) == 0;
 }

@@ -96,6 +96,8 @@ int _run(std::vector<char*> argv) {
 
 }  // namespace
 
+std::vector<std::string> OS_Arguments(int argc, char** argv) { return {argv, argv + argc}; }
+
 int OS_RunProgWait(const std::string& program, const std::string& args, int) {
   std::vector<std::string> words = _shellWords(args);
   std::string name = program;

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "host/file.h"
 #include "host/path.h"
@@ -93,6 +94,10 @@ bool OS_FileKeep(FileHandle f) {
   return LockFileEx(_handle(f), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
                     &place) ||
          (GetLastError() != ERROR_LOCK_VIOLATION && GetLastError() != ERROR_IO_PENDING);
+}
+
+std::FILE* OS_StreamOpen(const std::string& path, const char* mode) {
+  return _wfopen(PathOf(path).c_str(), std::wstring(mode, mode + std::strlen(mode)).c_str());
 }
 
 bool OS_FileMove(const std::string& from, const std::string& to) {

@@ -1,4 +1,4 @@
-// The programs of Windows: starting one, and where this one stands.
+// The programs of Windows: starting one, and where this one stands and with which arguments.
 #define WIN32_LEAN_AND_MEAN
 #define NOMINMAX
 #include <windows.h>
@@ -15,16 +15,26 @@
 
 namespace mox {
 
+std::vector<std::string> OS_Arguments(int, char**) {
+  int count = 0;
+  wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::string> arguments;
+  for (int i = 0; i < count; ++i) arguments.push_back(TextOf(words[i]));
+  LocalFree(words);
+  return arguments;
+}
+
 int OS_RunProgWait(const std::string& program, const std::string& args, int mode) {
   std::fflush(nullptr);
   OS_CountWait();
-  SHELLEXECUTEINFOA start = {};
+  const std::filesystem::path file = PathOf(program), words = PathOf(args);  // as wide texts
+  SHELLEXECUTEINFOW start = {};
   start.cbSize = sizeof start;
   start.fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_NOASYNC | SEE_MASK_FLAG_NO_UI;
-  start.lpFile = program.c_str();
-  start.lpParameters = args.c_str();
+  start.lpFile = file.c_str();
+  start.lpParameters = words.c_str();
   start.nShow = mode;
-  if (!ShellExecuteExA(&start) || !start.hProcess) return -1;
+  if (!ShellExecuteExW(&start) || !start.hProcess) return -1;
   WaitForSingleObject(start.hProcess, INFINITE);
   DWORD code = 0;
   const bool known = GetExitCodeProcess(start.hProcess, &code);
@@ -33,11 +43,12 @@ int OS_RunProgWait(const std::string& program, const std::string& args, int mode
 }
 
 std::string OS_GetProgDir() {
-  char name[512];
-  const DWORD size = GetModuleFileNameA(nullptr, name, sizeof name);
-  if (size == 0 || size >= sizeof name) return ".";
-  const std::filesystem::path path = PathOf(std::string(name, size));
-  return path.has_parent_path() ? path.parent_path().string() : ".";
+  constexpr DWORD longest = 32768;
+  std::wstring name(longest, L'\0');
+  const DWORD size = GetModuleFileNameW(nullptr, name.data(), longest);
+  name.resize(size < longest ? size : 0);
+  const std::filesystem::path path(name);
+  return path.has_parent_path() ? TextOf(path.parent_path()) : ".";
 }
 
 }  // namespace mox

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <vector>
 
+#include "host/file.h"
 #include "host/host.h"
 #include "host/path.h"
 
@@ -47,7 +48,7 @@ File FileOpen(const std::string& path, const char* mode) {
   if (named.empty() || (fs::exists(status) && !fs::is_regular_file(status) &&
                         (*mode == 'r' || !fs::is_character_file(status))))
     return nullptr;
-  return File(std::fopen(path.c_str(), mode));
+  return File(OS_StreamOpen(path, mode));
 }
 
 std::string FnFind(const std::string& path) {
@@ -62,8 +63,8 @@ std::string FnFind(const std::string& path) {
   std::string found;
   for (fs::directory_iterator i(dir, ec), end; !ec && i != end; i.increment(ec)) {
     std::string other = NameOf(i->path());
-    std::error_code noFile;
-    if (StrICmp(other, name) != 0 || !i->is_regular_file(noFile)) continue;
+    std::error_code unknown;
+    if (StrICmp(other, name) != 0 || !i->is_regular_file(unknown)) continue;
     if (!found.empty()) return path;
     found = std::move(other);
   }

@@ -153,12 +153,11 @@ std::string FnExtDflt(std::string_view name, std::string_view ext) {
 
 std::string FnExt(std::string_view name, std::string_view ext) { return _addExt(name, 0, ext); }
 
-int ArgGet(int& argc, char** argv, std::string_view name) {
-  char** const end = argv + argc;
-  char** const hit = std::find_if(argv, end, [&](char* arg) { return StrICmp(arg, name) == 0; });
-  if (hit == end) return 0;
-  *std::move(hit + 1, end, hit) = nullptr;
-  --argc;
+int ArgGet(Lines& arguments, std::string_view name) {
+  const auto hit = std::find_if(arguments.begin(), arguments.end(),
+                                [&](const std::string& arg) { return StrICmp(arg, name) == 0; });
+  if (hit == arguments.end()) return 0;
+  arguments.erase(hit);
   return 1;
 }
 

@@ -65,9 +65,9 @@ std::string FnExtDflt(std::string_view name, std::string_view ext);
 // The same, but any dot in the whole name keeps the extension away.
 std::string FnExt(std::string_view name, std::string_view ext);
 
-// Takes the first argument that equals the name (ignoring case) out of the array, from index 0
-// on: 1 when there was one, else 0.
-int ArgGet(int& argc, char** argv, std::string_view name);
+// Takes the first argument that equals the name (ignoring case) out, from index 0 on: 1 when there
+// was one, else 0.
+int ArgGet(Lines& arguments, std::string_view name);
 
 // Today's local date as day, month, year modulo 100.
 struct Date {

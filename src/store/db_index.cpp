@@ -288,6 +288,9 @@ int _build(NewFile& made, const std::string& expr, const Typ& typ, bool talk) {
   if (const int result = ndxFlush(x); result != 0) return _indexFailed(x, result);
   x = NdxFile{};
   const int result = open ? ndxTakeOver(*open, made) : NewFileDone(made);
+  for (DbArea& a : db)  // the cursors of its users are on nothing then
+    for (NdxFile& user : a.index)
+      if (open && user.file == open) ndxLeave(user);
   return result == 0 ? 0 : _cantCreate(result, made.path);
 }
 
