@@ -117,7 +117,7 @@ std::optional<Equality> _equality(const Program& p) {
 // What two records must have in common, as the comparison of their values sees it.
 std::string _common(const Equality& e, int area) {
   const std::string name = af(area, dbName(area, e.fields[area]));
-  const std::string value = GetDb(name).value_or("");
+  const std::string value = GetDb(name).value_or(Value()).text();
   const std::string_view bare = std::string_view(value).substr(value.starts_with('"') ? 1 : 0);
   if (e.isText) return std::string(bare);
   return FmtSci(TxtToDbl(bare) + 0.0, exactDigits);  // + 0.0: no minus zero

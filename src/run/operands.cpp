@@ -2,9 +2,6 @@
 
 #include <algorithm>
 
-#include "session/number.h"
-#include "session/value.h"
-
 namespace mox {
 
 namespace {
@@ -57,7 +54,7 @@ bool Operands::lay(const Effect& effect, int depth) {
   for (auto operand = effect.operands.rbegin(); operand != effect.operands.rend(); ++operand) {
     if (--base_ < 0) return false;
     if (operand->kind == Effect::Operand::one) continue;
-    const int count = StackInt(stk_[static_cast<size_t>(base_)]);
+    const int count = DblToInt(stk_[static_cast<size_t>(base_)].number());
     end_ = base_;
     switch (operand->kind) {
       case Effect::Operand::group:
@@ -75,15 +72,13 @@ bool Operands::lay(const Effect& effect, int depth) {
   return base_ >= 0;
 }
 
-int Operands::integer() { return StackInt(text()); }
-
-double Operands::number() { return TxtToDbl(text()); }
-
 Lines Operands::list() {
   const auto first = stk_.begin() + next_;
   const int count = counts_[static_cast<size_t>(list_++)];
   next_ += count + 1;
-  return Lines(first, first + count);
+  Lines texts;
+  for (auto v = first; v != first + count; ++v) texts.push_back(v->text());
+  return texts;
 }
 
 }  // namespace mox

@@ -23,10 +23,12 @@
 #include <vector>
 
 #include "session/misc.h"
+#include "session/number.h"
+#include "session/value.h"
 
 namespace mox {
 
-using Stack = std::vector<std::string>;
+using Stack = std::vector<Value>;
 
 class Operands;
 using Handler = void (*)(Operands&);
@@ -66,15 +68,17 @@ class Operands {
 
   // True while the group has another operand, or the one that may be there is there.
   bool more() const { return next_ < end_; }
-  // The next operand: as it stands; its number cut toward zero; its number.
-  const std::string& text() { return stk_[static_cast<size_t>(next_++)]; }
-  int integer();
-  double number();
+  // The next operand: the value; its text; its number cut toward zero and bounded to 32 bits; its
+  // number.
+  const Value& value() { return stk_[static_cast<size_t>(next_++)]; }
+  const std::string& text() { return value().text(); }
+  int integer() { return DblToInt(number()); }
+  double number() { return value().number(); }
   // All elements of the list that comes next.
   Lines list();
 
   // Puts the value in the place of the deepest operand.
-  void result(std::string value) { stk_[static_cast<size_t>(base_)] = std::move(value); }
+  void result(Value value) { stk_[static_cast<size_t>(base_)] = std::move(value); }
   // The step failed and leaves the stack as it found it.
   void keep() { kept_ = true; }
 

@@ -97,9 +97,9 @@ struct Run {
   std::vector<int> calls;
 };
 
-void _push(Run& run, const std::string& text) {
+void _push(Run& run, Value value) {
   if (static_cast<size_t>(run.depth) == run.stk.size()) run.stk.emplace_back();
-  run.stk[run.depth++] = text;
+  run.stk[run.depth++] = std::move(value);
 }
 
 void _jumpIfFalse(Run& run, int target) {
@@ -107,7 +107,7 @@ void _jumpIfFalse(Run& run, int target) {
     IntErr("STACK UNDERFLOW");
     return;
   }
-  if (TxtToInt(run.stk[--run.depth]) == 0) run.pc = target;
+  if (!run.stk[--run.depth].holds()) run.pc = target;
 }
 
 // t1 .. tn n x: goes to the step number that x selects, or on when x selects none.
@@ -116,11 +116,11 @@ void _jumpSelected(Run& run) {
     IntErr("STACK UNDERFLOW");
     return;
   }
-  const int selector = DblToInt(TxtToDbl(run.stk[run.depth - 1]) + selectRound);
-  const int n = std::max(DblToInt(TxtToDbl(run.stk[run.depth - 2])), 0);
+  const int selector = DblToInt(run.stk[run.depth - 1].number() + selectRound);
+  const int n = std::max(DblToInt(run.stk[run.depth - 2].number()), 0);
   run.depth -= 2;
   if (n <= run.depth && selector >= 1 && selector <= n)
-    run.pc = TxtToInt(run.stk[run.depth - n + selector - 1]);
+    run.pc = TxtToInt(run.stk[run.depth - n + selector - 1].text());
   run.depth -= n;
 }
 
@@ -143,7 +143,7 @@ void _return(Run& run) {
 }
 
 void _duplicate(Run& run, int n) {
-  if (n >= 1 && n <= run.depth) _push(run, std::string(run.stk[run.depth - n]));
+  if (n >= 1 && n <= run.depth) _push(run, run.stk[run.depth - n]);
 }
 
 void _compare(Run& run, int op) {
@@ -151,8 +151,8 @@ void _compare(Run& run, int op) {
     IntErr("1");
     return;
   }
-  std::string& a = run.stk[run.depth - 2];
-  a = OpCmp(a, run.stk[run.depth - 1], op);
+  Value& a = run.stk[run.depth - 2];
+  a = Value::ofTruth(OpCmp(a, run.stk[run.depth - 1], op));
   --run.depth;
 }
 
@@ -239,7 +239,7 @@ int doRun1(const Program& program, Stack& stk, RunOf what) {
     _runStep(run, step);
     if (run.depth < 0) IntErr("STACK UNDERFLOW");
     if (g_opt[optR1] && run.depth >= 1)
-      std::printf("       stk[%d]=%s\n", run.depth - 1, stk[run.depth - 1].c_str());
+      std::printf("       stk[%d]=%s\n", run.depth - 1, stk[run.depth - 1].text().c_str());
   }
   if (errnum == errEnd) {
     errnum = errNone;

@@ -3,12 +3,14 @@
 
 #include <string_view>
 
+#include "session/value.h"
+
 namespace mox {
 
 // Place of an operator word (LE, GE, NE, EQ, LT, GT) in the table, or -1.
 int CmpOperator(std::string_view word);
 
-// The logical value of a comparison, by the operator's place; an internal error for -1.
-std::string_view OpCmp(std::string_view a, std::string_view b, int op);
+// The truth of a comparison, by the operator's place; an internal error for -1.
+bool OpCmp(const Value& a, const Value& b, int op);
 
 }  // namespace mox

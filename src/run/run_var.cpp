@@ -20,7 +20,6 @@ namespace mox {
 namespace {
 
 constexpr int minNumberLength = 10;
-constexpr int numberDigits = 15;
 
 // A name with its subscripts.
 struct Reference {
@@ -36,17 +35,17 @@ Reference _reference(Operands& o) {
 }
 
 // Stores the value below the reference; the value.
-const std::string& _putValue(Operands& o) {
-  const std::string& value = o.text();
+const Value& _putValue(Operands& o) {
+  const Value& value = o.value();
   const Reference ref = _reference(o);
   PutV(ref.name, ref.row, ref.col, value);
   return value;
 }
 
-std::string _elementText(const Typ& typ, std::string_view value) {
+Value _element(const Typ& typ, const Value& value) {
   if (typ.type == 'L') return L_FmVTLD(value) ? "T" : "F";
-  if (typ.type == 'N') return FmtSci(TxtToDbl(value), numberDigits);
-  return qs2s(value);
+  if (typ.type == 'N') return Value::ofNumber(value.number());
+  return qs2s(value.text());
 }
 
 // Reports the result of a store: 0 or -1.
@@ -68,31 +67,27 @@ void _setTyp(int number, int type, int length, int decimals) {
 
 }  // namespace
 
-std::string GetFV(std::string_view name, int row, int col) {
-  if (std::optional<std::string> field = GetDb(name)) return std::move(*field);
+Value GetFV(std::string_view name, int row, int col) {
+  if (std::optional<Value> field = GetDb(name)) return std::move(*field);
   return GetV(name, row, col);
 }
 
-std::string GetV(std::string_view name, int row, int col) {
+Value GetV(std::string_view name, int row, int col) {
   const int number = VarNum(name);
   if (number < 0) {
     SetErr("VARIABLE CANNOT BE FOUND", name);
     return "";
   }
-  const std::string& element = VarGetI2(number, row, col);
+  const Value& element = VarGetI2(number, row, col);
   const int type = VarGetProp(number, propType);
-  if (type == 'L') return L_ToVTLD(!element.empty() && element[0] == 'T');
-  if (type != 'N') return s2qs(element);
-  std::string value = element + ",N,";
-  value += std::to_string(VarGetProp(number, propLength));
-  value += ',';
-  value += std::to_string(VarGetProp(number, propDecimals));
-  return value;
+  if (type == 'L') return L_ToVTLD(element.text().starts_with('T'));
+  if (type != 'N') return s2qs(element.text());
+  return element.withTail(VarGetProp(number, propLength), VarGetProp(number, propDecimals));
 }
 
-int PutV(std::string_view name, int row, int col, std::string_view value) {
-  const Typ typ = GetTyp(value);
-  if (_stored(VarPutS2(name, row, col, _elementText(typ, value))) != 0) return -1;
+int PutV(std::string_view name, int row, int col, const Value& value) {
+  const Typ typ = value.typ();
+  if (_stored(VarPutS2(name, row, col, _element(typ, value))) != 0) return -1;
   _setTyp(VarNum(name), typ.type, typ.length, typ.decimals);
   return 0;
 }
@@ -113,7 +108,7 @@ void OpGetV(Operands& o) {
 void OpPutV(Operands& o) { _putValue(o); }
 
 void OpStore(Operands& o) {
-  const std::string& value = _putValue(o);
+  const Value& value = _putValue(o);
   if (!g_opt[optTALK]) return;
   SayVal(0, value);
   SayNL();

@@ -18,6 +18,7 @@
 #include <string_view>
 
 #include "session/misc.h"
+#include "session/value.h"
 #include "store/dbf.h"
 
 namespace mox {
@@ -71,7 +72,7 @@ int dbFileInfo(const std::string& filename, int& records, std::string& date);
 std::string dbVal(int area, int field);
 // A field as a value, or nothing when there is no such field. Without a prefix the name is looked
 // up in area 0, whichever area is selected; a letter outside the table is an error.
-std::optional<std::string> GetDb(std::string_view name);
+std::optional<Value> GetDb(std::string_view name);
 // Sets a field in the record buffer from a value or from a text in quoted string form.
 int dbSetVal(int area, int field, std::string_view value);
 const std::string& dbRow(int area);

@@ -10,7 +10,7 @@ namespace {
 
 struct Var {
   std::string name;
-  std::vector<std::string> values;  // row by row: element (r, c) is values[r * columns + c]
+  std::vector<Value> values;  // row by row: element (r, c) is values[r * columns + c]
   std::array<int, maxProps> props{};
 };
 
@@ -21,12 +21,12 @@ std::vector<Var> _makeTable() {
 }
 std::vector<Var> sym = _makeTable();
 
-const std::string _noText;
+const Value _none;
 
 bool _isVar(int number) { return number >= 0 && number < VarCount(); }
 
 // The element of an existing variable, or null for a subscript outside its dimensions.
-std::string* _element(int number, int row, int col) {
+Value* _element(int number, int row, int col) {
   Var& var = sym[static_cast<size_t>(number)];
   const int rows = var.props[propRows], cols = var.props[propCols];
   if (row < 0 || row >= rows || col < 0 || col >= cols) return nullptr;
@@ -62,15 +62,15 @@ int VarDim(std::string_view name, int rows, int cols) {
   return VarCount() - 1;
 }
 
-int VarPutI2(int number, int row, int col, std::string_view text) {
+int VarPutI2(int number, int row, int col, Value element) {
   if (!_isVar(number)) return varNoArray;
-  std::string* const element = _element(number, row, col);
-  if (!element) return varNoElement;
-  element->assign(text);  // the text may be a part of the element itself
+  Value* const place = _element(number, row, col);
+  if (!place) return varNoElement;
+  *place = std::move(element);
   return 0;
 }
 
-int VarPutS2(std::string_view name, int row, int col, std::string_view text) {
+int VarPutS2(std::string_view name, int row, int col, Value element) {
   if (name.find('.') != name.npos) return varDotted;
   int number = VarNum(name);
   if (number < 0) {
@@ -78,21 +78,23 @@ int VarPutS2(std::string_view name, int row, int col, std::string_view text) {
     number = VarDim(name, 1, 1);
     if (number < 0) return varFull;
   }
-  return VarPutI2(number, row, col, text);
+  return VarPutI2(number, row, col, std::move(element));
 }
 
-int VarPut(std::string_view name, std::string_view text) { return VarPutS2(name, 0, 0, text); }
-
-const std::string& VarGetI2(int number, int row, int col) {
-  const std::string* const element = _isVar(number) ? _element(number, row, col) : nullptr;
-  return element ? *element : _noText;
+int VarPut(std::string_view name, Value element) {
+  return VarPutS2(name, 0, 0, std::move(element));
 }
 
-const std::string& VarGetS2(std::string_view name, int row, int col) {
+const Value& VarGetI2(int number, int row, int col) {
+  const Value* const element = _isVar(number) ? _element(number, row, col) : nullptr;
+  return element ? *element : _none;
+}
+
+const Value& VarGetS2(std::string_view name, int row, int col) {
   return VarGetI2(VarNum(name), row, col);
 }
 
-const std::string& VarGet(std::string_view name) { return VarGetS2(name, 0, 0); }
+const Value& VarGet(std::string_view name) { return VarGetS2(name, 0, 0); }
 
 int VarGetProp(int number, int prop) {
   if (!_isVar(number) || prop < 0 || prop >= maxProps) return -1;

@@ -1,9 +1,9 @@
 // The memory variables of the session: one flat table of named values.
 //
 // A variable is a name and rows times columns texts, with a few numbered properties. Its number
-// is its place in the table, in order of creation; a deletion moves the later ones down. The
-// table knows nothing of the value forms of the step machine: the steps that store and fetch
-// convert. What stands in an element is fixed by the type:
+// is its place in the table, in order of creation; a deletion moves the later ones down. An element
+// is a text, or a number that makes its text when somebody asks for it. The forms of the operand
+// stack are for the steps that store and fetch; what stands in an element is fixed by the type:
 //
 //   N  the number as FmtSci(x, 15) prints it, or any text that reads as a number
 //   L  "T" or "F"
@@ -14,6 +14,8 @@
 
 #include <string>
 #include <string_view>
+
+#include "session/value.h"
 
 namespace mox {
 
@@ -43,16 +45,17 @@ const std::string* VarName(int number);  // null for a bad number
 // Creates a variable of empty elements: its number, or a VarResult.
 int VarDim(std::string_view name, int rows, int cols);
 
-// Store a text: 0, or a VarResult. The forms by name create a 1 by 1 variable when there is none.
-int VarPutI2(int number, int row, int col, std::string_view text);
-int VarPutS2(std::string_view name, int row, int col, std::string_view text);
-int VarPut(std::string_view name, std::string_view text);
+// Store an element: 0, or a VarResult. The forms by name create a 1 by 1 variable when there is
+// none.
+int VarPutI2(int number, int row, int col, Value element);
+int VarPutS2(std::string_view name, int row, int col, Value element);
+int VarPut(std::string_view name, Value element);
 
-// Fetch a text; an empty one for a bad number, name or subscript. The reference holds until the
+// Fetch an element; an empty one for a bad number, name or subscript. The reference holds until the
 // table changes.
-const std::string& VarGetI2(int number, int row, int col);
-const std::string& VarGetS2(std::string_view name, int row, int col);
-const std::string& VarGet(std::string_view name);
+const Value& VarGetI2(int number, int row, int col);
+const Value& VarGetS2(std::string_view name, int row, int col);
+const Value& VarGet(std::string_view name);
 
 // Properties 0 to 9; -1 for a bad number or property.
 int VarGetProp(int number, int prop);
