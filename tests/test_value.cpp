@@ -83,7 +83,6 @@ TEST(Value, DigitsStayAsTheyAre) {
   // A damaged field's text means what it meant.
   EXPECT_EQ(Value::ofDigits("1,2", 5, 0).text(), "1,2,N,5,0");
   EXPECT_EQ(Value::ofDigits("\"1", 5, 0).typ().type, 'C');
-  EXPECT_EQ(Value("1.5").withTail(10, 1).text(), "1.5,N,10,1");
   for (const bool truth : {false, true}) ExpectAsRead(L_ToVTLD(truth));
   for (const int n : {0, -1, 99999}) ExpectAsRead(Value::ofCount(n));
   for (const char* bare : {"Y", "n", "2", " 2.5 ", "NAME", ""}) ExpectAsRead(Value(bare));

@@ -89,10 +89,10 @@ struct Equality {
 
 // The field that the three steps from a place on read, or nothing.
 std::optional<JoinField> _fieldRead(const Program& p, size_t at) {
-  if (p[at].core != Core::PUSH || p[at + 1].core != Core::PUSH || p[at + 1].operand != "1" ||
+  if (p[at].core != Core::PUSH || p[at + 1].core != Core::PUSH || p[at + 1].operand() != "1" ||
       !p[at + 2].entry || p[at + 2].entry->handler != OpGetV)
     return std::nullopt;
-  const std::string_view name = p[at].operand;
+  const std::string_view name = p[at].operand();
   const std::string_view bare = af2f(name);
   const int area = bare.size() == name.size() ? primary : af2a(name);
   const int field = area < 0 ? -1 : dbFno(area, bare);
@@ -101,7 +101,7 @@ std::optional<JoinField> _fieldRead(const Program& p, size_t at) {
 
 std::optional<Equality> _equality(const Program& p) {
   constexpr size_t steps = 8;  // two fields, CMP, END
-  if (p.size() != steps || p[6].core != Core::CMP || p[6].operand != "EQ" || g_opt[optR1])
+  if (p.size() != steps || p[6].core != Core::CMP || p[6].operand() != "EQ" || g_opt[optR1])
     return std::nullopt;
   const std::optional<JoinField> left = _fieldRead(p, 0);
   const std::optional<JoinField> right = _fieldRead(p, 3);

@@ -42,6 +42,7 @@ Effect CutEffect(std::string_view text) {
       operand.kind = Effect::Operand::ifTwo;
       ++word;
     }
+    effect.fixed = effect.fixed && operand.kind == Effect::Operand::one;
     effect.operands.push_back(operand);
   }
   return effect;
@@ -51,6 +52,10 @@ bool Operands::lay(const Effect& effect, int depth) {
   depth_ = base_ = depth;
   results_ = effect.results;
   list_ = effect.lists;
+  if (effect.fixed) {
+    next_ = base_ -= static_cast<int>(effect.operands.size());
+    return base_ >= 0;
+  }
   for (auto operand = effect.operands.rbegin(); operand != effect.operands.rend(); ++operand) {
     if (--base_ < 0) return false;
     if (operand->kind == Effect::Operand::one) continue;

@@ -54,6 +54,7 @@ struct Effect {
   std::vector<Operand> operands;
   int lists = 0;
   int results = 0;
+  bool fixed = true;  // no group, no list: always as many operands
 };
 Effect CutEffect(std::string_view text);
 

@@ -32,7 +32,7 @@ int EvalExpr(std::string_view text, size_t max, Value& result) {
   Stack stk;
   if (doRun1(program, stk, RunOf::expression) != 1) return -1;
   result = std::move(stk[0]);
-  if (result.text().size() > max) result = result.text().substr(0, max);
+  if (result.text().size() > max) result = Value(result.text().substr(0, max));
   return 0;
 }
 

@@ -24,6 +24,37 @@ double _plainNumber(const Value& v) {
   return v.isQuoted() ? TxtToDbl(std::string_view(v.text()).substr(1)) : v.number();
 }
 
+void _arithmetic(Operands& o, char op) {
+  const Value& a = o.value();
+  const Value& b = o.value();
+  o.result(StrFmN1N2Op(a, b, op));
+}
+
+struct CmpOp {
+  std::string_view word;
+  bool below, equal, above;  // what the operator is true for
+};
+constexpr CmpOp cmpOps[] = {
+    {"LE", true, true, false},  {"GE", false, true, true},  {"NE", true, false, true},
+    {"EQ", false, true, false}, {"LT", true, false, false}, {"GT", false, false, true},
+};
+
+bool _holds(int sign, int op) {
+  const CmpOp& c = cmpOps[op];
+  return sign < 0 ? c.below : sign > 0 ? c.above : c.equal;
+}
+
+int _sign(double x, double y) { return x < y ? -1 : x > y; }
+
+// Sign of the comparison. The form of a alone decides whether texts or numbers are compared.
+int _compare(const Value& a, const Value& b) {
+  if (!a.isQuoted()) return _sign(a.number(), _plainNumber(b));
+  const std::string_view text = b.text();
+  return std::string_view(a.text()).substr(1).compare(b.isQuoted() ? text.substr(1) : text);
+}
+
+}  // namespace
+
 // The common core of the arithmetic operators.
 Value StrFmN1N2Op(const Value& a, const Value& b, char op) {
   const Typ ta = a.typ();
@@ -46,39 +77,12 @@ Value StrFmN1N2Op(const Value& a, const Value& b, char op) {
   return N_ToVTLD(r, static_cast<int>(FixLength(r, width, places)), places);
 }
 
-void _arithmetic(Operands& o, char op) {
-  const Value& a = o.value();
-  const Value& b = o.value();
-  o.result(StrFmN1N2Op(a, b, op));
-}
-
-struct CmpOp {
-  std::string_view word;
-  bool below, equal, above;  // what the operator is true for
-};
-constexpr CmpOp cmpOps[] = {
-    {"LE", true, true, false},  {"GE", false, true, true},  {"NE", true, false, true},
-    {"EQ", false, true, false}, {"LT", true, false, false}, {"GT", false, false, true},
-};
-
-// Sign of the comparison. The form of a alone decides whether texts or numbers are compared.
-int _compare(const Value& a, const Value& b) {
-  if (a.isQuoted()) {
-    const std::string_view text = b.text();
-    return std::string_view(a.text()).substr(1).compare(b.isQuoted() ? text.substr(1) : text);
-  }
-  const double x = a.number();
-  const double y = _plainNumber(b);
-  return x < y ? -1 : x > y;
-}
-
-}  // namespace
-
-void OpS2N(Operands& o) {
-  const Value& value = o.value();
+Value ToNumber(const Value& value) {
   const Typ typ = value.typ();
-  o.result(SetTyp(value, typ.type, typ.length, typ.decimals));
+  return SetTyp(value, typ.type, typ.length, typ.decimals);
 }
+
+void OpS2N(Operands& o) { o.result(ToNumber(o.value())); }
 
 void OpAdd(Operands& o) {
   const Value& a = o.value();
@@ -136,13 +140,11 @@ int CmpOperator(std::string_view word) {
 }
 
 bool OpCmp(const Value& a, const Value& b, int op) {
-  if (op < 0) {
-    IntErr("2");
-    return false;
-  }
-  const int sign = _compare(a, b);
-  const CmpOp& c = cmpOps[op];
-  return sign < 0 ? c.below : sign > 0 ? c.above : c.equal;
+  if (op >= 0) return _holds(_compare(a, b), op);
+  IntErr("2");
+  return false;
 }
+
+bool CmpNumbers(double x, double y, int op) { return _holds(_sign(x, y), op); }
 
 }  // namespace mox

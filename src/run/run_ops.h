@@ -12,5 +12,10 @@ int CmpOperator(std::string_view word);
 
 // The truth of a comparison, by the operator's place; an internal error for -1.
 bool OpCmp(const Value& a, const Value& b, int op);
+bool CmpNumbers(double x, double y, int op);  // the same of two numbers, for a place in the table
+
+// What S2N makes of a value; and the sum, difference, product or quotient of two, by + - * /.
+Value ToNumber(const Value& value);
+Value StrFmN1N2Op(const Value& a, const Value& b, char op);
 
 }  // namespace mox

@@ -11,6 +11,7 @@
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
+#include "session/session.h"
 #include "session/value.h"
 #include "store/db.h"
 #include "vars/vars.h"
@@ -42,10 +43,37 @@ const Value& _putValue(Operands& o) {
   return value;
 }
 
-Value _element(const Typ& typ, const Value& value) {
-  if (typ.type == 'L') return L_FmVTLD(value) ? "T" : "F";
-  if (typ.type == 'N') return Value::ofNumber(value.number());
+// What an element holds of a value.
+Value _element(char type, const Value& value) {
+  if (type == 'L') return L_FmVTLD(value) ? "T" : "F";
+  if (type == 'N') return value.bareNumber();
   return qs2s(value.text());
+}
+
+// The value that an element reads as; a null one is empty.
+Value _value(const Var& var, const Value* element) {
+  const static Value none;
+  if (!element) element = &none;
+  if (var.props[propType] == 'L') return L_ToVTLD(element->text().starts_with('T'));
+  if (var.props[propType] != 'N') return s2qs(element->text());
+  const int length = var.props[propLength], decimals = var.props[propDecimals];
+  if (!element->isKnown()) return Value::ofDigits(element->text(), length, decimals);
+  Value value = *element;
+  value.setTail(length, decimals);
+  return value;
+}
+
+void _setTyp(Var& var, int type, int length, int decimals) {
+  var.props[propType] = type;
+  var.props[propLength] = type == 'N' ? std::max(length, minNumberLength) : length;
+  var.props[propDecimals] = decimals;
+}
+
+void _lookUp(Name& name) {
+  if (name.when == g_names) return;
+  name.when = g_names;
+  if (!dbFindField(name.text, name.area, name.field)) name.field = -1;
+  name.var = name.area < 0 ? nullptr : VarAt(VarNum(name.text));
 }
 
 // Reports the result of a store: 0 or -1.
@@ -59,12 +87,6 @@ int _stored(int result) {
   }
 }
 
-void _setTyp(int number, int type, int length, int decimals) {
-  VarSetProp(number, propType, type);
-  VarSetProp(number, propLength, type == 'N' ? std::max(length, minNumberLength) : length);
-  VarSetProp(number, propDecimals, decimals);
-}
-
 }  // namespace
 
 Value GetFV(std::string_view name, int row, int col) {
@@ -73,30 +95,52 @@ Value GetFV(std::string_view name, int row, int col) {
 }
 
 Value GetV(std::string_view name, int row, int col) {
-  const int number = VarNum(name);
-  if (number < 0) {
-    SetErr("VARIABLE CANNOT BE FOUND", name);
-    return "";
-  }
-  const Value& element = VarGetI2(number, row, col);
-  const int type = VarGetProp(number, propType);
-  if (type == 'L') return L_ToVTLD(element.text().starts_with('T'));
-  if (type != 'N') return s2qs(element.text());
-  return element.withTail(VarGetProp(number, propLength), VarGetProp(number, propDecimals));
+  Var* const var = VarAt(VarNum(name));
+  if (var) return _value(*var, VarElement(*var, row, col));
+  SetErr("VARIABLE CANNOT BE FOUND", name);
+  return "";
 }
 
 int PutV(std::string_view name, int row, int col, const Value& value) {
   const Typ typ = value.typ();
-  if (_stored(VarPutS2(name, row, col, _element(typ, value))) != 0) return -1;
-  _setTyp(VarNum(name), typ.type, typ.length, typ.decimals);
+  if (_stored(VarPutS2(name, row, col, _element(typ.type, value))) != 0) return -1;
+  _setTyp(*VarAt(VarNum(name)), typ.type, typ.length, typ.decimals);
   return 0;
+}
+
+bool GetNamed(Name& name, Value& value) {
+  _lookUp(name);
+  if (name.field < 0 && !name.var) return false;
+  value = name.field >= 0 ? dbFieldValue(name.area, name.field)
+                          : _value(*name.var, VarElement(*name.var, 0, 0));
+  return true;
+}
+
+bool GetNumber(Name& name, double& x) {
+  _lookUp(name);
+  if (name.field >= 0) return dbFieldNumber(name.area, name.field, x);
+  const Value* const element = name.var ? VarElement(*name.var, 0, 0) : nullptr;
+  if (!element || !element->isKnown() || name.var->props[propType] != 'N') return false;
+  x = element->number();
+  return true;
+}
+
+bool PutNamed(Name& name, const Value& value) {
+  _lookUp(name);
+  Value* const element = name.var ? VarElement(*name.var, 0, 0) : nullptr;
+  // A bare text may have no type.
+  if (!element || (!value.isKnown() && !value.isQuoted())) return false;
+  const Typ typ = value.typ();
+  *element = _element(typ.type, value);
+  _setTyp(*name.var, typ.type, typ.length, typ.decimals);
+  return true;
 }
 
 int PutNumber(std::string_view name, std::string_view number, int length, int decimals) {
   const std::string upper = strUpper(name);
   if (_stored(VarPut(upper, number)) != 0) return -1;
-  const int place = VarNum(upper);
-  if (VarGetProp(place, propType) != 'N') _setTyp(place, 'N', length, decimals);
+  Var& var = *VarAt(VarNum(upper));
+  if (var.props[propType] != 'N') _setTyp(var, 'N', length, decimals);
   return 0;
 }
 

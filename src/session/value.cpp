@@ -77,29 +77,10 @@ Typ GetTyp(std::string_view text) {
   return typ;
 }
 
-Value& Value::operator=(const Value& v) {
-  copyState(v);
-  if (hasText()) text_ = v.text_;
-  return *this;
-}
-
-Value& Value::operator=(Value&& v) noexcept {
-  copyState(v);
-  if (hasText()) text_.swap(v.text_);
-  return *this;
-}
-
 Value Value::ofCount(int n) {
   Value v;
   v.form_ = Form::integer;
   v.number_ = n;
-  return v;
-}
-
-Value Value::ofTruth(bool truth) {
-  Value v;
-  v.form_ = Form::truth;
-  v.number_ = truth ? -1 : 0;
   return v;
 }
 
@@ -126,22 +107,16 @@ Value Value::ofDigits(std::string_view digits, int length, int decimals) {
   v.number_ = TxtToDbl(digits);
   v.form_ = _isPlainInteger(digits) ? Form::integer : Form::digits;
   if (v.form_ == Form::digits) v.text_ = digits;
-  v.addTail(length, decimals);
+  v.setTail(length, decimals);
   return v;
 }
 
-Value Value::withTail(int length, int decimals) const {
-  if (form_ == Form::text) return ofDigits(text_, length, decimals);
-  Value v = *this;
-  v.addTail(length, decimals);
+Value Value::bareNumber() const {
+  if (form_ != Form::computed && form_ != Form::integer) return ofNumber(number());
+  Value v;
+  v.form_ = Form::computed;
+  v.number_ = number_;
   return v;
-}
-
-void Value::addTail(int length, int decimals) {
-  tailed_ = true;
-  made_ = false;
-  length_ = length;
-  decimals_ = decimals;
 }
 
 double Value::textNumber() const { return TxtToDbl(text_); }
@@ -196,7 +171,9 @@ Value N_ToVTLD(double x, int length, int decimals) {
     if (x == 0) --length;
     if (decimals == 0) ++length;
   }
-  return Value::ofNumber(x).withTail(length, decimals);
+  Value v = Value::ofNumber(x);
+  v.setTail(length, decimals);
+  return v;
 }
 
 bool L_FmVTLD(const Value& value) {

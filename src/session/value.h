@@ -34,18 +34,48 @@ class Value {
   Value(const char* text) : text_(text) {}
   Value(const Value& v) { *this = v; }
   Value(Value&& v) noexcept { *this = std::move(v); }
-  Value& operator=(const Value& v);
-  Value& operator=(Value&& v) noexcept;
+  Value& operator=(const Value& v) {
+    copyState(v);
+    if (hasText()) text_ = v.text_;
+    return *this;
+  }
+  Value& operator=(Value&& v) noexcept {
+    copyState(v);
+    if (hasText()) text_.swap(v.text_);
+    return *this;
+  }
+  Value& operator=(std::string_view text) {
+    form_ = Form::text;
+    tailed_ = false;
+    text_ = text;
+    return *this;
+  }
 
   // A bare count.
   static Value ofCount(int n);
-  static Value ofTruth(bool truth);
-  // A number without a tail, its text FmtSci of 15 decimals.
+  static Value ofTruth(bool truth) {
+    Value v;
+    v.setTruth(truth);
+    return v;
+  }
+  // A number that was computed, without a tail as yet: its text is FmtSci of 15 decimals.
   static Value ofNumber(double x);
-  // A number with the text of its digits.
+  Value bareNumber() const;  // the same of the number of this value
+  // A number that was read: its text has these digits.
   static Value ofDigits(std::string_view digits, int length, int decimals);
-  // A bare text or number as a number of this length and decimals.
-  Value withTail(int length, int decimals) const;
+
+  // Gives a number that has none its tail.
+  void setTail(int length, int decimals) {
+    tailed_ = true;
+    made_ = false;
+    length_ = length;
+    decimals_ = decimals;
+  }
+  void setTruth(bool truth) {
+    form_ = Form::truth;
+    tailed_ = made_ = false;
+    number_ = truth ? -1 : 0;
+  }
 
   // The reference holds until the value changes.
   const std::string& text() const {
@@ -74,7 +104,6 @@ class Value {
     number_ = v.number_;
   }
   bool hasText() const { return form_ <= Form::digits || made_; }
-  void addTail(int length, int decimals);
   double textNumber() const;
   void makeText() const;
 

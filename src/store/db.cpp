@@ -1,6 +1,7 @@
 #include "store/db.h"
 
 #include "session/error.h"
+#include "session/session.h"
 #include "store/db_area.h"
 
 namespace mox {
@@ -66,6 +67,7 @@ bool DbChk() {
 
 void dbInit() {
   for (DbArea& a : db) a = DbArea{};
+  ++g_names;
   _area = 0;
 }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "session/number.h"
+#include "session/session.h"
 #include "store/bytes.h"
 
 namespace mox {
@@ -203,6 +204,7 @@ int dbfOpen(DbfTable& t, std::string_view filename) {
 }
 
 int dbfClose(DbfTable& t) {
+  ++g_names;
   if (!t.fp) return dbfClosed;
   bool written = !t.dirty || _dbfUpdHdrDate(t);
   written = dbfFlush(t) == 0 && written;

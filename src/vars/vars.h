@@ -12,8 +12,10 @@
 // Names are compared exactly; callers bring them in upper case. A name holds no dot.
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "session/value.h"
 
@@ -38,6 +40,12 @@ enum VarResult {
   varDotted = -4,     // the name holds a dot
 };
 
+struct Var {
+  std::string name;
+  std::vector<Value> values;  // row by row: element (r, c) is values[r * columns + c]
+  std::array<int, maxProps> props{};
+};
+
 int VarCount();
 int VarNum(std::string_view name);       // the number, or -1
 const std::string* VarName(int number);  // null for a bad number
@@ -56,6 +64,16 @@ int VarPut(std::string_view name, Value element);
 const Value& VarGetI2(int number, int row, int col);
 const Value& VarGetS2(std::string_view name, int row, int col);
 const Value& VarGet(std::string_view name);
+
+// The variable itself, null for a bad number; it stays where it is as long as names lead where they
+// led (session.h: g_names). And an element of it, null for a subscript outside its dimensions.
+Var* VarAt(int number);
+inline Value* VarElement(Var& var, int row, int col) {
+  const int rows = var.props[propRows], cols = var.props[propCols];
+  if (row < 0 || row >= rows || col < 0 || col >= cols) return nullptr;
+  return &var.values[static_cast<size_t>(row) * static_cast<size_t>(cols) +
+                     static_cast<size_t>(col)];
+}
 
 // Properties 0 to 9; -1 for a bad number or property.
 int VarGetProp(int number, int prop);
