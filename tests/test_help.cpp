@@ -160,10 +160,10 @@ TEST(Help, ExamplesAreRight) {
       for (const std::string& line : example) {
         std::smatch parts;
         if (!std::regex_match(line, parts, printed) || parts.str(1)[0] == '&') continue;
-        std::string value;
+        Value value;
         EXPECT_EQ(EvalExpr(parts.str(1), 200, value), 0) << line;
-        value = fmtExpr(value);
-        EXPECT_EQ(dlb(trim(value)), parts.str(2)) << line;
+        std::string shown = fmtExpr(value);
+        EXPECT_EQ(dlb(trim(shown)), parts.str(2)) << line;
       }
       Lines steps;
       EXPECT_EQ(doCompile(true, example, 1000, steps), cmpDone) << topic << ": " << example[0];

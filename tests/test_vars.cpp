@@ -11,13 +11,13 @@ TEST(Vars, StoreAndFetch) {
   EXPECT_EQ(VarPut("X.Y", "a"), varDotted);
   EXPECT_EQ(VarPutS2("X", 0, 0, "abc"), 0);
   EXPECT_EQ(VarPutS2("X", -1, 0, "a"), varNoElement);
-  EXPECT_EQ(VarPut("X", std::string_view(VarGet("X")).substr(1)), 0);  // from its own text
-  EXPECT_EQ(VarGet("X"), "bc");
+  EXPECT_EQ(VarPut("X", VarGet("X").text().substr(1)), 0);
+  EXPECT_EQ(VarGet("X").text(), "bc");
   EXPECT_EQ(VarDim("X", 2, 3), varNoArray);
   ASSERT_EQ(VarDim("ARR", 2, 3), 1);
   for (int i = 0; i < 6; ++i) EXPECT_EQ(VarPutI2(1, i / 3, i % 3, std::to_string(i)), 0);
-  EXPECT_EQ(VarGetI2(1, 1, 0), "3");
-  EXPECT_EQ(VarGetI2(1, 0, 3), "");
+  EXPECT_EQ(VarGetI2(1, 1, 0).text(), "3");
+  EXPECT_EQ(VarGetI2(1, 0, 3).text(), "");
   EXPECT_EQ(VarSetProp(1, maxProps, 1), -1);
 }
 

@@ -87,10 +87,10 @@ struct Equality {
 
 // The field that the three steps from a place on read, or nothing.
 std::optional<JoinField> _fieldRead(const Program& p, size_t at) {
-  if (p[at].core != Core::PUSH || p[at + 1].core != Core::PUSH || p[at + 1].operand != "1" ||
+  if (p[at].core != Core::PUSH || p[at + 1].core != Core::PUSH || p[at + 1].operand() != "1" ||
       !p[at + 2].entry || p[at + 2].entry->handler != OpGetV)
     return std::nullopt;
-  const std::string_view name = p[at].operand;
+  const std::string_view name = p[at].operand();
   const std::string_view bare = af2f(name);
   const int area = bare.size() == name.size() ? primary : af2a(name);
   const int field = area < 0 ? -1 : dbFno(area, bare);
@@ -99,7 +99,7 @@ std::optional<JoinField> _fieldRead(const Program& p, size_t at) {
 
 std::optional<Equality> _equality(const Program& p) {
   constexpr size_t steps = 8;  // two fields, CMP, END
-  if (p.size() != steps || p[6].core != Core::CMP || p[6].operand != "EQ" || g_opt[optR1])
+  if (p.size() != steps || p[6].core != Core::CMP || p[6].operand() != "EQ" || g_opt[optR1])
     return std::nullopt;
   const std::optional<JoinField> left = _fieldRead(p, 0);
   const std::optional<JoinField> right = _fieldRead(p, 3);
@@ -115,7 +115,7 @@ std::optional<Equality> _equality(const Program& p) {
 // What two records must have in common, as the comparison of their values sees it.
 std::string _common(const Equality& e, int area) {
   const std::string name = af(area, dbName(area, e.fields[area]));
-  const std::string value = GetDb(name).value_or("");
+  const std::string value = GetDb(name).value_or(Value()).text();
   const std::string_view bare = std::string_view(value).substr(value.starts_with('"') ? 1 : 0);
   if (e.isText) return std::string(bare);
   return FmtSci(TxtToDbl(bare) + 0.0, exactDigits);  // + 0.0: no minus zero

@@ -3,8 +3,6 @@
 #include <algorithm>
 
 #include "session/error.h"
-#include "session/number.h"
-#include "session/value.h"
 
 namespace mox {
 
@@ -46,6 +44,7 @@ Effect CutEffect(std::string_view text) {
       operand.kind = Effect::Operand::ifTwo;
       ++word;
     }
+    effect.fixed = effect.fixed && operand.kind == Effect::Operand::one;
     effect.operands.push_back(operand);
   }
   return effect;
@@ -55,10 +54,14 @@ bool Operands::lay(const Effect& effect, int depth) {
   depth_ = base_ = depth;
   results_ = effect.results;
   list_ = effect.lists;
+  if (effect.fixed) {
+    next_ = base_ -= static_cast<int>(effect.operands.size());
+    return base_ >= 0;
+  }
   for (auto operand = effect.operands.rbegin(); operand != effect.operands.rend(); ++operand) {
     if (--base_ < 0) return false;
     if (operand->kind == Effect::Operand::one) continue;
-    const int count = StackInt(stk_[static_cast<size_t>(base_)]);
+    const int count = DblToInt(stk_[static_cast<size_t>(base_)].number());
     end_ = base_;
     switch (operand->kind) {
       case Effect::Operand::group:
@@ -76,22 +79,20 @@ bool Operands::lay(const Effect& effect, int depth) {
   return base_ >= 0;
 }
 
-const std::string& Operands::missing() {
-  static const std::string none;
+const Value& Operands::missing() {
+  static const Value none{std::string()};
   IntErr("NO SUCH OPERAND");
   return none;
 }
-
-int Operands::integer() { return StackInt(text()); }
-
-double Operands::number() { return TxtToDbl(text()); }
 
 Lines Operands::list() {
   if (list_ == maxLists || next_ > depth_) return missing(), Lines();
   const auto first = stk_.begin() + next_;
   const int count = counts_[static_cast<size_t>(list_++)];
   next_ += count + 1;
-  return Lines(first, first + count);
+  Lines texts;
+  for (auto v = first; v != first + count; ++v) texts.push_back(v->text());
+  return texts;
 }
 
 }  // namespace mox

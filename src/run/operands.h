@@ -24,10 +24,12 @@
 
 #include "lang/step.h"
 #include "session/misc.h"
+#include "session/number.h"
+#include "session/value.h"
 
 namespace mox {
 
-using Stack = std::vector<std::string>;
+using Stack = std::vector<Value>;
 
 class Operands;
 using Handler = void (*)(Operands&);
@@ -53,6 +55,7 @@ struct Effect {
   std::vector<Operand> operands;
   int lists = 0;
   int results = 0;
+  bool fixed = true;  // no group, no list: always as many operands
 };
 Effect CutEffect(std::string_view text);
 
@@ -67,18 +70,17 @@ class Operands {
 
   // True while the group has another operand, or the one that may be there is there.
   bool more() const { return next_ < end_; }
-  // The next operand: as it stands; its number cut toward zero; its number.
-  // An operand that the row doesn't name is empty, and an internal error.
-  const std::string& text() {
-    return next_ < depth_ ? stk_[static_cast<size_t>(next_++)] : missing();
-  }
-  int integer();
-  double number();
+  // The next operand: the value; its text; its number cut toward zero and bounded to 32 bits; its
+  // number. An operand that the row doesn't name is empty, and an internal error.
+  const Value& value() { return next_ < depth_ ? stk_[static_cast<size_t>(next_++)] : missing(); }
+  const std::string& text() { return value().text(); }
+  int integer() { return DblToInt(number()); }
+  double number() { return value().number(); }
   // All elements of the list that comes next.
   Lines list();
 
   // Puts the value in the place of the deepest operand.
-  void result(std::string value) {
+  void result(Value value) {
     if (base_ < depth_)
       stk_[static_cast<size_t>(base_)] = std::move(value);
     else
@@ -88,7 +90,7 @@ class Operands {
   void keep() { kept_ = true; }
 
  private:
-  static const std::string& missing();
+  static const Value& missing();
 
   Stack& stk_;
   int depth_ = 0;

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "host/host.h"
+#include "run/join.h"
 #include "run/run_ops.h"
 #include "run/run_out.h"
 #include "session/error.h"
@@ -70,7 +71,8 @@ Step _cut(std::string text) {
   Step step;
   std::string_view rest = text;
   const std::string_view word = GetWordD(rest);
-  step.operand = dlb(rest);
+  const std::string_view operand = dlb(rest);
+  step.word = text.size() - operand.size();
   for (const CoreWord& c : coreWords)
     if (c.word == word) step.core = c.core;
   if (step.core == Core::none) {
@@ -78,26 +80,12 @@ Step _cut(std::string text) {
     step.entry = row.entry;
     step.effect = row.effect;
   } else if (step.core == Core::CMP) {
-    step.number = CmpOperator(step.operand);
+    step.number = CmpOperator(operand);
   } else {
-    step.number = TxtToInt(step.operand);
+    step.number = TxtToInt(operand);
   }
   step.text = std::move(text);
   return step;
-}
-
-// The state of one run.
-struct Run {
-  const Program& program;
-  Stack& stk;
-  int pc = 0;
-  int depth = 0;
-  std::vector<int> calls;
-};
-
-void _push(Run& run, const std::string& text) {
-  if (static_cast<size_t>(run.depth) == run.stk.size()) run.stk.emplace_back();
-  run.stk[run.depth++] = text;
 }
 
 void _jumpIfFalse(Run& run, int target) {
@@ -105,7 +93,7 @@ void _jumpIfFalse(Run& run, int target) {
     IntErr("STACK UNDERFLOW");
     return;
   }
-  if (TxtToInt(run.stk[--run.depth]) == 0) run.pc = target;
+  if (!run.stk[--run.depth].holds()) run.pc = target;
 }
 
 // t1 .. tn n x: goes to the step number that x selects, or on when x selects none.
@@ -114,11 +102,11 @@ void _jumpSelected(Run& run) {
     IntErr("STACK UNDERFLOW");
     return;
   }
-  const int selector = DblToInt(TxtToDbl(run.stk[run.depth - 1]) + selectRound);
-  const int n = std::max(DblToInt(TxtToDbl(run.stk[run.depth - 2])), 0);
+  const int selector = DblToInt(run.stk[run.depth - 1].number() + selectRound);
+  const int n = std::max(DblToInt(run.stk[run.depth - 2].number()), 0);
   run.depth -= 2;
   if (n <= run.depth && selector >= 1 && selector <= n)
-    run.pc = TxtToInt(run.stk[run.depth - n + selector - 1]);
+    run.pc = TxtToInt(run.stk[run.depth - n + selector - 1].text());
   run.depth -= n;
 }
 
@@ -141,7 +129,9 @@ void _return(Run& run) {
 }
 
 void _duplicate(Run& run, int n) {
-  if (n >= 1 && n <= run.depth) _push(run, std::string(run.stk[run.depth - n]));
+  if (n < 1 || n > run.depth) return;
+  Value copy = run.stk[run.depth - n];
+  run.push() = std::move(copy);
 }
 
 void _compare(Run& run, int op) {
@@ -149,18 +139,18 @@ void _compare(Run& run, int op) {
     IntErr("1");
     return;
   }
-  std::string& a = run.stk[run.depth - 2];
-  a = OpCmp(a, run.stk[run.depth - 1], op);
+  Value& a = run.stk[run.depth - 2];
+  a = Value::ofTruth(OpCmp(a, run.stk[run.depth - 1], op));
   --run.depth;
 }
 
-void _label(const std::string& label) {
-  if (label[0] == 'L') std::printf("[%04d]\n", TxtToInt(std::string_view(label).substr(1)));
+void _label(std::string_view label) {
+  if (label.starts_with('L')) std::printf("[%04d]\n", TxtToInt(label.substr(1)));
 }
 
 // The source text of a statement of a command file: echo and single step.
-void _sourceLine(const std::string& text) {
-  if (g_opt[optECHO]) std::printf("%s\n", text.c_str());
+void _sourceLine(std::string_view text) {
+  if (g_opt[optECHO]) std::printf("%.*s\n", static_cast<int>(text.size()), text.data());
   if (g_opt[optSTEP]) errnum = AskStep();
 }
 
@@ -183,10 +173,10 @@ void _dispatch(Run& run, const Step& step) {
 
 void _runStep(Run& run, const Step& step) {
   switch (step.core) {
-    case Core::PUSH: _push(run, step.operand); break;
+    case Core::PUSH: run.push() = step.operand(); break;
     case Core::STOP:
     case Core::END: errnum = errEnd; break;
-    case Core::LBL: _label(step.operand); break;
+    case Core::LBL: _label(step.operand()); break;
     case Core::JP: run.pc = step.number; break;
     case Core::JPF: _jumpIfFalse(run, step.number); break;
     case Core::JPX: _jumpSelected(run); break;
@@ -195,8 +185,18 @@ void _runStep(Run& run, const Step& step) {
     case Core::RET: _return(run); break;
     case Core::DUP: _duplicate(run, step.number); break;
     case Core::POP: run.depth -= std::max(step.number, 0); break;
-    case Core::source: _sourceLine(step.operand); break;
+    case Core::source: _sourceLine(step.operand()); break;
     case Core::none: _dispatch(run, step); break;
+  }
+}
+
+// Does the runs of steps from here on that can be done as one. They lead out of a list's loops:
+// only JP goes back.
+void _runJoints(Run& run) {
+  if (g_opt[optR1]) return;
+  for (const size_t size = run.program.size(); static_cast<size_t>(run.pc) < size;) {
+    Joint* const joint = run.program[run.pc].joint.get();
+    if (!joint || !joint->act(run, *joint)) return;
   }
 }
 
@@ -218,6 +218,7 @@ Program CutSteps(Lines steps) {
   Program program;
   program.reserve(steps.size());
   for (std::string& text : steps) program.push_back(_cut(std::move(text)));
+  JoinSteps(program);
   return program;
 }
 
@@ -234,6 +235,7 @@ int doRun1(const Program& program, Stack& stk, RunOf what) {
   errnum = errNone;
   Run run{program, stk, 0, 0, {}};
   while (errnum == errNone && !(what == RunOf::statements && Interrupted())) {
+    _runJoints(run);
     if (static_cast<size_t>(run.pc) >= program.size()) {
       IntErr("NO SUCH STEP");
       break;
@@ -245,12 +247,15 @@ int doRun1(const Program& program, Stack& stk, RunOf what) {
     _runStep(run, step);
     if (run.depth < 0) IntErr("STACK UNDERFLOW");
     if (g_opt[optR1] && run.depth >= 1)
-      std::printf("       stk[%d]=%s\n", run.depth - 1, stk[run.depth - 1].c_str());
+      std::printf("       stk[%d]=%s\n", run.depth - 1, stk[run.depth - 1].text().c_str());
   }
   if (errnum == errEnd) {
     errnum = errNone;
     if (run.depth != (what == RunOf::expression)) IntErr(StrFmt("STACK DEPTH %d", run.depth));
   }
+  static std::string last;
+  last = errstep;
+  errstep = last;
   return run.depth;
 }
 

@@ -11,6 +11,7 @@
 // that anyone may read.
 #pragma once
 
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,13 +27,18 @@ extern const std::span<const StepEntry> g_steps;
 
 enum class Core { none, PUSH, STOP, END, LBL, JP, JPF, JPX, CMP, CALL, RET, DUP, POP, source };
 
+struct Joint;
+
 struct Step {
   std::string text;
-  std::string operand;
+  size_t word = 0;  // where the operand begins
   Core core = Core::none;
   int number = 0;                    // the operand's integer; of CMP the place of its operator
   const StepEntry* entry = nullptr;  // with Core::none; null for a word that no one knows
   const Effect* effect = nullptr;    // of the entry
+  std::shared_ptr<Joint> joint;      // of the run that begins here (join.h)
+
+  std::string_view operand() const { return std::string_view(text).substr(word); }
 };
 using Program = std::vector<Step>;
 

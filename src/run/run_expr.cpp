@@ -24,14 +24,15 @@ int _compileExpr(std::string_view text, size_t limit, Program& program) {
 
 }  // namespace
 
-int EvalExpr(std::string_view text, size_t max, std::string& result) {
+int EvalExpr(std::string_view text, size_t max, Value& result) {
   NestGuard nest;
   if (!nest.ok()) return -1;
   Program program;
   if (_compileExpr(text, evalSteps, program) != 0) return -1;
   Stack stk;
   if (doRun1(program, stk, RunOf::expression) != 1) return -1;
-  result = stk[0].substr(0, max);
+  result = std::move(stk[0]);
+  if (result.text().size() > max) result = Value(result.text().substr(0, max));
   return 0;
 }
 
@@ -43,12 +44,11 @@ int ExprCompile(Expr& e) {
   return -1;
 }
 
-int RunExpr(Expr& e, std::string& result) {
-  result.clear();
+int RunExpr(Expr& e, Value& result) {
   NestGuard nest;
-  if (!nest.ok() || doRun1(*e.program, e.stk, RunOf::expression) != 1) return -1;
-  result = e.stk[0];
-  return 0;
+  const bool done = nest.ok() && doRun1(*e.program, e.stk, RunOf::expression) == 1;
+  result = done ? std::move(e.stk[0]) : Value();
+  return done ? 0 : -1;
 }
 
 int ScanCompile(Expr& e) {
@@ -58,19 +58,25 @@ int ScanCompile(Expr& e) {
 }
 
 bool Qualifies(Expr& condition) {
-  std::string value;
+  Value value;
   RunExpr(condition, value);
-  return TxtToInt(value) != 0;
+  return value.holds();
 }
 
 Key MakeKey(const std::string& text) {
   const auto e = std::make_shared<Expr>(text, evalSteps);
-  return {[e] { return ExprCompile(*e); }, [e](std::string& value) { return RunExpr(*e, value); }};
+  return {[e] { return ExprCompile(*e); },
+          [e](std::string& key) {
+            Value value;
+            const int result = RunExpr(*e, value);
+            key = value.text();
+            return result;
+          }};
 }
 
 void OpEval(Operands& o) {
   const std::string text = qs2s(o.text());
-  std::string value;
+  Value value;
   if (EvalExpr(text, maxMacro, value) == 0)
     o.result(std::move(value));
   else

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "run/run.h"
+#include "session/value.h"
 #include "store/key.h"
 
 namespace mox {
@@ -16,7 +17,7 @@ constexpr size_t evalSteps = 100;  // limit of an expression that runs once, and
 constexpr size_t scanSteps = 50;   // limit of a condition or expression that runs for each record
 
 // Compiles and runs an expression once: 0 with its value, cut at max bytes, or -1.
-int EvalExpr(std::string_view text, size_t max, std::string& result);
+int EvalExpr(std::string_view text, size_t max, Value& result);
 
 // An expression that runs again and again, compiled when it first runs.
 struct Expr {
@@ -30,7 +31,7 @@ struct Expr {
 // anew, with the same result, while the options C1 or C2 show the steps of what is compiled.
 int ExprCompile(Expr& e);
 // Runs the program: 0 with the value, or -1 with an empty result.
-int RunExpr(Expr& e, std::string& result);
+int RunExpr(Expr& e, Value& result);
 
 // The same, with a report when it gives no complete list.
 int ScanCompile(Expr& e);

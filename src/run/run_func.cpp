@@ -37,7 +37,7 @@ void _nextName(Operands& o, Listing& listing, Lines (*list)(const std::string&))
 
 void OpAbs(Operands& o) {
   int length = 0, decimals = 0;
-  const double x = N_FmVTLD(o.text(), length, decimals);
+  const double x = N_FmVTLD(o.value(), length, decimals);
   o.result(N_ToVTLD(std::fabs(x), length, decimals));
 }
 
@@ -48,7 +48,7 @@ void OpInt(Operands& o) {
 void OpSqr(Operands& o) {
   constexpr int sqrLength = 11;
   int length = 0, decimals = 0;
-  const double x = N_FmVTLD(o.text(), length, decimals);
+  const double x = N_FmVTLD(o.value(), length, decimals);
   if (x < 0) {
     SetErr("SQR()", "OUT OF BOUNDS");
     return o.keep();
@@ -82,10 +82,10 @@ void OpRun(Operands& o) {
 
 void OpType3(Operands& o) {
   const ErrorSlot before = TakeErr();
-  std::string value;
+  Value value;
   char type = 'U';
   if (EvalExpr(qs2s(o.text()), maxTypeText, value) == 0 && errnum == errNone) {
-    type = GetTyp(value).type;
+    type = value.typ().type;
     if (type != 'C' && type != 'N') type = 'L';
   }
   PutErr(before);

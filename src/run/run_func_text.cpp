@@ -114,7 +114,7 @@ void OpVal(Operands& o) {
 }
 
 void OpStr(Operands& o) {
-  std::string_view number = o.text();
+  const Value& x = o.value();
   const int width = o.more() ? o.integer() : 6;
   const int decimals = o.more() ? o.integer() : 0;
   // A negative width sets the number to the left.
@@ -122,8 +122,8 @@ void OpStr(Operands& o) {
     ArgErr("STR() too wide");
     return o.keep();
   }
-  if (!number.empty() && number[0] == '"') number.remove_prefix(1);
-  o.result(s2qs(FmtFix(TxtToDbl(number), width, decimals)));
+  const double number = x.isQuoted() ? TxtToDbl(std::string_view(x.text()).substr(1)) : x.number();
+  o.result(s2qs(FmtFix(number, width, decimals)));
 }
 
 void OpColor(Operands& o) {

@@ -85,7 +85,7 @@ bool _putVariable(std::string& bytes, int number) {
   std::string name = VarName(number)->substr(0, maxName);
   name.resize(nameField);
   bytes += name;
-  const std::string& value = VarGetI2(number, 0, 0);
+  const std::string& value = VarGetI2(number, 0, 0).text();
   const int length = VarGetProp(number, propLength);
   const int decimals = VarGetProp(number, propDecimals);
   switch (VarGetProp(number, propType)) {

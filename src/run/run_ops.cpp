@@ -19,18 +19,48 @@ namespace mox {
 
 namespace {
 
-bool _isQuoted(std::string_view text) { return !text.empty() && text[0] == '"'; }
-
-std::string_view _skipQuote(std::string_view text) {
-  return _isQuoted(text) ? text.substr(1) : text;
+// The number of a value; a text counts from behind its quote.
+double _plainNumber(const Value& v) {
+  return v.isQuoted() ? TxtToDbl(std::string_view(v.text()).substr(1)) : v.number();
 }
 
+void _arithmetic(Operands& o, char op) {
+  const Value& a = o.value();
+  const Value& b = o.value();
+  o.result(StrFmN1N2Op(a, b, op));
+}
+
+struct CmpOp {
+  std::string_view word;
+  bool below, equal, above;  // what the operator is true for
+};
+constexpr CmpOp cmpOps[] = {
+    {"LE", true, true, false},  {"GE", false, true, true},  {"NE", true, false, true},
+    {"EQ", false, true, false}, {"LT", true, false, false}, {"GT", false, false, true},
+};
+
+bool _holds(int sign, int op) {
+  const CmpOp& c = cmpOps[op];
+  return sign < 0 ? c.below : sign > 0 ? c.above : c.equal;
+}
+
+int _sign(double x, double y) { return x < y ? -1 : x > y; }
+
+// Sign of the comparison. The form of a alone decides whether texts or numbers are compared.
+int _compare(const Value& a, const Value& b) {
+  if (!a.isQuoted()) return _sign(a.number(), _plainNumber(b));
+  const std::string_view text = b.text();
+  return std::string_view(a.text()).substr(1).compare(b.isQuoted() ? text.substr(1) : text);
+}
+
+}  // namespace
+
 // The common core of the arithmetic operators.
-std::string StrFmN1N2Op(std::string_view a, std::string_view b, char op) {
-  const Typ ta = GetTyp(a);
-  const Typ tb = GetTyp(b);
-  const double x = TxtToDbl(a);
-  const double y = TxtToDbl(b);
+Value StrFmN1N2Op(const Value& a, const Value& b, char op) {
+  const Typ ta = a.typ();
+  const Typ tb = b.typ();
+  const double x = a.number();
+  const double y = b.number();
   int width = std::max(ta.length, tb.length);
   int places = std::max(ta.decimals, tb.decimals);
   double r = 0;
@@ -44,84 +74,64 @@ std::string StrFmN1N2Op(std::string_view a, std::string_view b, char op) {
       break;
     case '/': r = x / y; break;
   }
-  return N_ToVTLD(r, static_cast<int>(FmtFix(r, width, places).size()), places);
+  return N_ToVTLD(r, static_cast<int>(FixLength(r, width, places)), places);
 }
 
-void _arithmetic(Operands& o, char op) {
-  const std::string& a = o.text();
-  const std::string& b = o.text();
-  o.result(StrFmN1N2Op(a, b, op));
+Value ToNumber(const Value& value) {
+  const Typ typ = value.typ();
+  return SetTyp(value, typ.type, typ.length, typ.decimals);
 }
 
-struct CmpOp {
-  std::string_view word;
-  bool below, equal, above;  // what the operator is true for
-};
-constexpr CmpOp cmpOps[] = {
-    {"LE", true, true, false},  {"GE", false, true, true},  {"NE", true, false, true},
-    {"EQ", false, true, false}, {"LT", true, false, false}, {"GT", false, false, true},
-};
-
-// Sign of the comparison. The form of a alone decides whether texts or numbers are compared.
-int _compare(std::string_view a, std::string_view b) {
-  b = _skipQuote(b);
-  if (_isQuoted(a)) return _skipQuote(a).compare(b);
-  const double x = TxtToDbl(a);
-  const double y = TxtToDbl(b);
-  return x < y ? -1 : x > y;
-}
-
-}  // namespace
-
-void OpS2N(Operands& o) {
-  const std::string& text = o.text();
-  const Typ typ = GetTyp(text);
-  o.result(SetTyp(text, typ.type, typ.length, typ.decimals));
-}
+void OpS2N(Operands& o) { o.result(ToNumber(o.value())); }
 
 void OpAdd(Operands& o) {
-  const std::string& a = o.text();
-  const std::string& b = o.text();
-  o.result(_isQuoted(a) ? s2qs(qs2s(a) + qs2s(b)) : StrFmN1N2Op(a, _skipQuote(b), '+'));
+  const Value& a = o.value();
+  const Value& b = o.value();
+  if (a.isQuoted())
+    o.result(s2qs(qs2s(a.text()) + qs2s(b.text())));
+  else if (b.isQuoted())
+    o.result(StrFmN1N2Op(a, std::string_view(b.text()).substr(1), '+'));
+  else
+    o.result(StrFmN1N2Op(a, b, '+'));
 }
 
 void OpSub(Operands& o) { _arithmetic(o, '-'); }
 void OpMul(Operands& o) { _arithmetic(o, '*'); }
 
 void OpDiv(Operands& o) {
-  const std::string& a = o.text();
-  const std::string& b = o.text();
-  if (TxtToDbl(b) == 0) {
+  const Value& a = o.value();
+  const Value& b = o.value();
+  if (b.number() == 0) {
     SetErr("*** ZERO DIVIDE", "");
     return o.keep();
   }
   o.result(StrFmN1N2Op(a, b, '/'));
 }
 
-void OpNeg(Operands& o) { o.result(StrFmN1N2Op("0,N,1,0", o.text(), '-')); }
+void OpNeg(Operands& o) { o.result(StrFmN1N2Op(Value::ofDigits("0", 1, 0), o.value(), '-')); }
 
 void OpPow(Operands& o) {
   int length = 0, decimals = 0, ignored = 0;
-  const double x = N_FmVTLD(o.text(), length, decimals);
-  const double y = N_FmVTLD(o.text(), length, ignored);
+  const double x = N_FmVTLD(o.value(), length, decimals);
+  const double y = N_FmVTLD(o.value(), length, ignored);
   if (y > 1) decimals = DblToInt(decimals * y + 0.999999);
   o.result(N_ToVTLD(std::pow(x, y), -1, decimals));
 }
 
 void OpAnd(Operands& o) {
-  const bool a = L_FmVTLD(o.text()), b = L_FmVTLD(o.text());
+  const bool a = L_FmVTLD(o.value()), b = L_FmVTLD(o.value());
   o.result(L_ToVTLD(a && b));
 }
 
 void OpOr(Operands& o) {
-  const bool a = L_FmVTLD(o.text()), b = L_FmVTLD(o.text());
+  const bool a = L_FmVTLD(o.value()), b = L_FmVTLD(o.value());
   o.result(L_ToVTLD(a || b));
 }
 
-void OpNot(Operands& o) { o.result(L_ToVTLD(!L_FmVTLD(o.text()))); }
+void OpNot(Operands& o) { o.result(L_ToVTLD(!L_FmVTLD(o.value()))); }
 
-void OpInc(Operands& o) { o.result(std::to_string(o.integer() + 1)); }
-void OpDec(Operands& o) { o.result(std::to_string(o.integer() - 1)); }
+void OpInc(Operands& o) { o.result(Value::ofCount(o.integer() + 1)); }
+void OpDec(Operands& o) { o.result(Value::ofCount(o.integer() - 1)); }
 
 int CmpOperator(std::string_view word) {
   for (size_t i = 0; i < std::size(cmpOps); ++i)
@@ -129,14 +139,12 @@ int CmpOperator(std::string_view word) {
   return -1;
 }
 
-std::string_view OpCmp(std::string_view a, std::string_view b, int op) {
-  if (op < 0) {
-    IntErr("2");
-    return valFalse;
-  }
-  const int sign = _compare(a, b);
-  const CmpOp& c = cmpOps[op];
-  return (sign < 0 ? c.below : sign > 0 ? c.above : c.equal) ? valTrue : valFalse;
+bool OpCmp(const Value& a, const Value& b, int op) {
+  if (op >= 0) return _holds(_compare(a, b), op);
+  IntErr("2");
+  return false;
 }
+
+bool CmpNumbers(double x, double y, int op) { return _holds(_sign(x, y), op); }
 
 }  // namespace mox

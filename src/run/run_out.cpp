@@ -5,7 +5,6 @@
 
 #include "session/files.h"
 #include "session/options.h"
-#include "session/value.h"
 
 namespace mox {
 
@@ -41,7 +40,7 @@ void SayTxt(int column, std::string_view text) {
   outcol += length;
 }
 
-void SayVal(int column, std::string_view value) { SayTxt(column, fmtExpr(value)); }
+void SayVal(int column, const Value& value) { SayTxt(column, fmtExpr(value)); }
 
 void SayNL() {
   PrTxt("\n");

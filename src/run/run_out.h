@@ -3,6 +3,8 @@
 
 #include <string_view>
 
+#include "session/value.h"
+
 namespace mox {
 
 constexpr int outWidth = 80;  // columns of an output line
@@ -18,7 +20,7 @@ void PrTxt(std::string_view text);
 // Prints a text at a column (0 first takes the line back to its start) or, with -1, where the
 // line stands. What would stand beyond the width is cut off.
 void SayTxt(int column, std::string_view text);
-void SayVal(int column, std::string_view value);  // the same of a value as the user sees it
+void SayVal(int column, const Value& value);  // the same of a value as the user sees it
 
 void SayNL();  // ends the output line
 

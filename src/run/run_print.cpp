@@ -12,7 +12,7 @@ namespace mox {
 
 void OpPr(Operands& o) {
   SayTxt(-1, " ");
-  SayVal(-1, o.text());
+  SayVal(-1, o.value());
   SayTxt(-1, " ");
   if (outcol > outWidth) SayNL();
 }

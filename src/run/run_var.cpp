@@ -11,6 +11,7 @@
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
+#include "session/session.h"
 #include "session/value.h"
 #include "store/db.h"
 #include "vars/vars.h"
@@ -20,7 +21,6 @@ namespace mox {
 namespace {
 
 constexpr int minNumberLength = 10;
-constexpr int numberDigits = 15;
 
 // A name with its subscripts.
 struct Reference {
@@ -36,17 +36,44 @@ Reference _reference(Operands& o) {
 }
 
 // Stores the value below the reference; the value.
-const std::string& _putValue(Operands& o) {
-  const std::string& value = o.text();
+const Value& _putValue(Operands& o) {
+  const Value& value = o.value();
   const Reference ref = _reference(o);
   PutV(ref.name, ref.row, ref.col, value);
   return value;
 }
 
-std::string _elementText(const Typ& typ, std::string_view value) {
-  if (typ.type == 'L') return L_FmVTLD(value) ? "T" : "F";
-  if (typ.type == 'N') return FmtSci(TxtToDbl(value), numberDigits);
-  return qs2s(value);
+// What an element holds of a value.
+Value _element(char type, const Value& value) {
+  if (type == 'L') return L_FmVTLD(value) ? "T" : "F";
+  if (type == 'N') return value.bareNumber();
+  return qs2s(value.text());
+}
+
+// The value that an element reads as; a null one is empty.
+Value _value(const Var& var, const Value* element) {
+  const static Value none;
+  if (!element) element = &none;
+  if (var.props[propType] == 'L') return L_ToVTLD(element->text().starts_with('T'));
+  if (var.props[propType] != 'N') return s2qs(element->text());
+  const int length = var.props[propLength], decimals = var.props[propDecimals];
+  if (!element->isKnown()) return Value::ofDigits(element->text(), length, decimals);
+  Value value = *element;
+  value.setTail(length, decimals);
+  return value;
+}
+
+void _setTyp(Var& var, int type, int length, int decimals) {
+  var.props[propType] = type;
+  var.props[propLength] = type == 'N' ? std::max(length, minNumberLength) : length;
+  var.props[propDecimals] = decimals;
+}
+
+void _lookUp(Name& name) {
+  if (name.when == g_names) return;
+  name.when = g_names;
+  if (!dbFindField(name.text, name.area, name.field)) name.field = -1;
+  name.var = name.area < 0 ? nullptr : VarAt(VarNum(name.text));
 }
 
 // Reports the result of a store: 0 or -1.
@@ -60,48 +87,60 @@ int _stored(int result) {
   }
 }
 
-void _setTyp(int number, int type, int length, int decimals) {
-  VarSetProp(number, propType, type);
-  VarSetProp(number, propLength, type == 'N' ? std::max(length, minNumberLength) : length);
-  VarSetProp(number, propDecimals, decimals);
-}
-
 }  // namespace
 
-std::string GetFV(std::string_view name, int row, int col) {
-  if (std::optional<std::string> field = GetDb(name)) return std::move(*field);
+Value GetFV(std::string_view name, int row, int col) {
+  if (std::optional<Value> field = GetDb(name)) return std::move(*field);
   return GetV(name, row, col);
 }
 
-std::string GetV(std::string_view name, int row, int col) {
-  const int number = VarNum(name);
-  if (number < 0) {
-    SetErr("VARIABLE CANNOT BE FOUND", name);
-    return "";
-  }
-  const std::string& element = VarGetI2(number, row, col);
-  const int type = VarGetProp(number, propType);
-  if (type == 'L') return L_ToVTLD(!element.empty() && element[0] == 'T');
-  if (type != 'N') return s2qs(element);
-  std::string value = element + ",N,";
-  value += std::to_string(VarGetProp(number, propLength));
-  value += ',';
-  value += std::to_string(VarGetProp(number, propDecimals));
-  return value;
+Value GetV(std::string_view name, int row, int col) {
+  Var* const var = VarAt(VarNum(name));
+  if (var) return _value(*var, VarElement(*var, row, col));
+  SetErr("VARIABLE CANNOT BE FOUND", name);
+  return "";
 }
 
-int PutV(std::string_view name, int row, int col, std::string_view value) {
-  const Typ typ = GetTyp(value);
-  if (_stored(VarPutS2(name, row, col, _elementText(typ, value))) != 0) return -1;
-  _setTyp(VarNum(name), typ.type, typ.length, typ.decimals);
+int PutV(std::string_view name, int row, int col, const Value& value) {
+  const Typ typ = value.typ();
+  if (_stored(VarPutS2(name, row, col, _element(typ.type, value))) != 0) return -1;
+  _setTyp(*VarAt(VarNum(name)), typ.type, typ.length, typ.decimals);
   return 0;
+}
+
+bool GetNamed(Name& name, Value& value) {
+  _lookUp(name);
+  if (name.field < 0 && !name.var) return false;
+  value = name.field >= 0 ? dbFieldValue(name.area, name.field)
+                          : _value(*name.var, VarElement(*name.var, 0, 0));
+  return true;
+}
+
+bool GetNumber(Name& name, double& x) {
+  _lookUp(name);
+  if (name.field >= 0) return dbFieldNumber(name.area, name.field, x);
+  const Value* const element = name.var ? VarElement(*name.var, 0, 0) : nullptr;
+  if (!element || !element->isKnown() || name.var->props[propType] != 'N') return false;
+  x = element->number();
+  return true;
+}
+
+bool PutNamed(Name& name, const Value& value) {
+  _lookUp(name);
+  Value* const element = name.var ? VarElement(*name.var, 0, 0) : nullptr;
+  // A bare text may have no type.
+  if (!element || (!value.isKnown() && !value.isQuoted())) return false;
+  const Typ typ = value.typ();
+  *element = _element(typ.type, value);
+  _setTyp(*name.var, typ.type, typ.length, typ.decimals);
+  return true;
 }
 
 int PutNumber(std::string_view name, std::string_view number, int length, int decimals) {
   const std::string upper = strUpper(name);
   if (_stored(VarPut(upper, number)) != 0) return -1;
-  const int place = VarNum(upper);
-  if (VarGetProp(place, propType) != 'N') _setTyp(place, 'N', length, decimals);
+  Var& var = *VarAt(VarNum(upper));
+  if (var.props[propType] != 'N') _setTyp(var, 'N', length, decimals);
   return 0;
 }
 
@@ -113,7 +152,7 @@ void OpGetV(Operands& o) {
 void OpPutV(Operands& o) { _putValue(o); }
 
 void OpStore(Operands& o) {
-  const std::string& value = _putValue(o);
+  const Value& value = _putValue(o);
   if (!g_opt[optTALK]) return;
   SayVal(0, value);
   SayNL();

@@ -34,7 +34,7 @@ struct AreaName {
 
 // Answers with a fact about the selected table.
 void _answer(Operands& o, int (*fact)()) {
-  if (DbChk()) o.result(std::to_string(fact()));
+  if (DbChk()) o.result(Value::ofCount(fact()));
 }
 
 // The tables in use: true when there are any.
@@ -109,7 +109,7 @@ std::string SourceText(const std::string& source) {
 
 int dspExpr(Expr& e) {
   if (ScanCompile(e) != 0) return -1;
-  std::string value;
+  Value value;
   RunExpr(e, value);
   SayVal(-1, value);
   return 0;
@@ -164,7 +164,7 @@ void OpRECNO(Operands& o) {
     ArgErr("RECNO()");
     return o.keep();
   }
-  o.result(std::to_string(dbRECNO(selectedArea)));
+  o.result(Value::ofCount(dbRECNO(selectedArea)));
 }
 
 void OpDsp(Operands& o) {

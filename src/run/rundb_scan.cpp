@@ -89,12 +89,12 @@ struct Sum {
 // Adds the expression's value, rounded to single precision: 0, or -1 when it doesn't compile.
 int CalcExprN(Sum& sum) {
   if (ScanCompile(sum.expr) != 0) return -1;
-  std::string value;
+  Value value;
   RunExpr(sum.expr, value);
-  const Typ typ = GetTyp(value);
+  const Typ typ = value.typ();
   sum.length = std::max(sum.length, typ.length);
   sum.decimals = std::max(sum.decimals, typ.decimals);
-  sum.total += static_cast<float>(TxtToDbl(value));
+  sum.total += static_cast<float>(value.number());
   return 0;
 }
 

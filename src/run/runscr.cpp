@@ -20,9 +20,10 @@ namespace mox {
 
 void OpSay(Operands& o) {
   const int row = o.integer(), col = o.integer();
-  const std::string& value = o.text();
+  const Value& value = o.value();
   // Without a SAY clause the text is empty, and no number.
-  AtSay(row, col, value.empty() ? "" : fmtExpr(value));
+  const bool none = !value.isKnown() && value.text().empty();
+  AtSay(row, col, none ? "" : fmtExpr(value));
 }
 
 void OpGet(Operands& o) {

@@ -71,7 +71,7 @@ std::optional<Sv> svGetMem(std::string_view name) {
   sv.type = static_cast<char>(VarGetProp(number, propType));
   sv.length = std::clamp(VarGetProp(number, propLength), 0, maxShownLength);
   sv.decimals = std::clamp(VarGetProp(number, propDecimals), 0, maxShownLength);
-  sv.value = VarGetI2(number, 0, 0);
+  sv.value = VarGetI2(number, 0, 0).text();
   sv.edit = _fmt(sv.value, sv.type, sv.length, sv.decimals);
   return sv;
 }

@@ -9,7 +9,7 @@ namespace mox {
 int errnum = errNone;
 std::optional<std::string> errmsg;
 int errpc = 0;
-std::string errstep;
+std::string_view errstep;
 
 int SetErr(std::string_view a, std::string_view b) {
   if (errnum != errNone) return -1;
@@ -26,7 +26,9 @@ int SynErr(std::string_view text) { return SetErr("*** SYNTAX ERROR ***", text);
 int ArgErr(std::string_view text) { return SetErr("ARG ERROR", text); }
 
 int IntErr(std::string_view text) {
-  std::string where = StrFmt("PC=%05d STEP=[", errpc) + errstep + "] ";
+  std::string where = StrFmt("PC=%05d STEP=[", errpc);
+  where += errstep;
+  where += "] ";
   where += text;
   return SetErr("INTERNAL ERROR", where);
 }

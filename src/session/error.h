@@ -23,9 +23,10 @@ extern int errnum;
 // Text of the last error, none before the first. It outlives errnum's return to 0.
 extern std::optional<std::string> errmsg;
 
-// Where the machine stands: index and text of the step that is running, for IntErr.
+// Where the machine stands: index and text of the step that is running, for IntErr. Behind a run it
+// is the last step of that run.
 extern int errpc;
-extern std::string errstep;
+extern std::string_view errstep;
 
 // Notes the error "a b", with the blank also where b is empty. The first error of a run wins:
 // returns 0 when it took the error, -1 when one was set already.

@@ -21,6 +21,9 @@ constexpr int _maxDecimals = 1074;
 constexpr int _maxExact = 15;     // digits that a double always holds
 constexpr int _dfltDecimals = 6;  // what a negative count of decimals means
 
+constexpr double _powers[_maxExact + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                           1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+
 bool _isDigit(const char* p, const char* end) { return p < end && *p >= '0' && *p <= '9'; }
 
 // Skips blanks and one sign; returns true for a minus.
@@ -55,14 +58,39 @@ double _finite(double x) {
   return std::isnan(x) ? 0 : std::copysign(_maxDbl, x);
 }
 
+// True when the number is the nearest to n / 10^decimals, and n has at most 15 digits. The decimal
+// number is then closer to it than any other of as many digits: both products are rounded once.
+bool _isShort(double x, int decimals, int64_t& n) {
+  const double scaled = x * _powers[decimals];
+  if (!(std::fabs(scaled) < _powers[_maxExact])) return false;
+  n = static_cast<int64_t>(scaled);
+  return static_cast<double>(n) == scaled && scaled / _powers[decimals] == x;
+}
+
+// Prints a number without a width; returns the end.
+char* _putFix(char* p, char* end, double x, int decimals) {
+  int64_t n = 0;
+  if (decimals > _maxExact || !_isShort(x, decimals, n))
+    return std::to_chars(p, end, x, std::chars_format::fixed, decimals).ptr;
+  if (std::signbit(x)) *p++ = '-';
+  char digits[_maxExact];
+  const int count =
+      static_cast<int>(std::to_chars(digits, std::end(digits), std::abs(n)).ptr - digits);
+  const int whole = std::max(count - decimals, 0);
+  p = whole > 0 ? std::copy(digits, digits + whole, p) : (*p = '0', p + 1);
+  if (decimals == 0) return p;
+  *p++ = '.';
+  p = std::fill_n(p, decimals - (count - whole), '0');
+  return std::copy(digits + whole, digits + count, p);
+}
+
 std::string _fmtFix(double x, int width, int decimals, bool signColumn) {
   x = _finite(x);
   if (decimals < 0) decimals = _dfltDecimals;
   const int exact = std::min(decimals, _maxDecimals);
   char text[1 + 1 + _maxWhole + 1 + _maxDecimals];
   text[0] = ' ';
-  const char* const end =
-      std::to_chars(text + 1, std::end(text), x, std::chars_format::fixed, exact).ptr;
+  const char* const end = _putFix(text + 1, std::end(text), x, exact);
   const char* const begin = signColumn && !std::signbit(x) ? text : text + 1;
 
   const size_t zeros = static_cast<size_t>(decimals - exact);
@@ -85,12 +113,19 @@ double TxtToDbl(std::string_view text) {
   const bool minus = _skipSign(p, end);
   // The library would also take a sign, "inf" and "nan" here.
   if (!_isDigit(p, end) && !(p < end && *p == '.' && _isDigit(p + 1, end))) return 0;
-  // Most numbers are short integers, which need no care.
-  int64_t whole = 0;
+  // Most numbers are short, and their parts exact. Without a point there is no minus zero.
+  int64_t n = 0;
+  int behindPoint = 0;
   const char* q = p;
-  while (q < end && q - p < _maxExact && _isDigit(q, end)) whole = 10 * whole + (*q++ - '0');
-  if (q > p && (q == end || (*q != '.' && *q != 'e' && *q != 'E' && !_isDigit(q, end))))
-    return static_cast<double>(minus ? -whole : whole);
+  for (; _isDigit(q, end) && q - p < _maxExact; ++q) n = 10 * n + (*q - '0');
+  const bool point = q < end && *q == '.';
+  if (point)
+    for (++q; _isDigit(q, end) && q - p <= _maxExact; ++q, ++behindPoint) n = 10 * n + (*q - '0');
+  if (q == end || (*q != 'e' && *q != 'E' && *q != '.' && !_isDigit(q, end))) {
+    if (!point) return static_cast<double>(minus ? -n : n);
+    const double x = static_cast<double>(n) / _powers[behindPoint];
+    return minus ? -x : x;
+  }
   double x = 0;
   const auto [stop, ec] = std::from_chars(p, end, x);
   if (ec == std::errc::result_out_of_range) x = _isHuge(p, stop) ? _maxDbl : 0;
@@ -116,6 +151,24 @@ std::string FmtFix(double x, int width, int decimals) { return _fmtFix(x, width,
 
 std::string FmtFixSigned(double x, int width, int decimals) {
   return _fmtFix(x, width, decimals, true);
+}
+
+size_t FixLength(double x, int width, int decimals) {
+  const double size = std::fabs(x);
+  if (decimals >= 0 && size <= _powers[_maxExact] - 1) {
+    int whole = 1;
+    while (size > _powers[whole] - 1) ++whole;
+    // Between 9 and 10, 99 and 100 ... it depends on how it is rounded.
+    if (whole == 1 || size >= _powers[whole - 1])
+      return static_cast<size_t>(
+          std::max(width, std::signbit(x) + whole + (decimals > 0) + decimals));
+  }
+  return FmtFix(x, width, decimals).size();
+}
+
+bool ReadsBack(double x) {
+  int64_t n = 0;
+  return _isShort(x, 0, n) || _isShort(x, 4, n) || _isShort(x, 9, n);
 }
 
 std::string FmtSci(double x, int decimals) {

@@ -26,9 +26,16 @@ int DblToInt(double x);
 std::string FmtFix(double x, int width, int decimals);
 std::string FmtFixSigned(double x, int width, int decimals);
 
+// The length of FmtFix(x, width, decimals), for a width that isn't negative.
+size_t FixLength(double x, int width, int decimals);
+
 // As "% .*e" prints, sign column included, but with at least three digits of exponent:
 // FmtSci(12.5, 15) is " 1.250000000000000e+001".
 std::string FmtSci(double x, int decimals);
+
+// True when FmtSci(x, 15) surely reads as x again: a number of at most 15 digits and 9 decimals.
+// Of other numbers the text may read as the neighbour.
+bool ReadsBack(double x);
 
 // The 6-byte decimal form of a number, used in memory files and numeric index keys:
 //

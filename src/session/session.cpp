@@ -7,6 +7,7 @@ namespace mox {
 
 int g_quit = 0;
 bool g_ended = false;
+unsigned g_names = 1;
 
 void InputEnded() {
   if (Interrupted()) return;

@@ -19,6 +19,10 @@ void InputEnded();
 // where the files are sound, and stops.
 bool Interrupted();
 
+// Counts what may change where a name leads: each time a table is opened, made or closed, and a
+// variable is made or deleted. As long as it stays, a name leads where it led.
+extern unsigned g_names;
+
 // The most lines of a block at the prompt, and the limit of the steps of what is typed there.
 constexpr size_t maxBlockLines = 1000;
 constexpr size_t maxPromptSteps = 10000;

@@ -1,6 +1,8 @@
 #include "session/value.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
 
 #include "session/error.h"
 #include "session/misc.h"
@@ -14,12 +16,20 @@ constexpr int maxLength = 254;
 constexpr int maxShown = 1000;   // most columns or decimals that a value asks for when it is shown
 constexpr int valueDigits = 15;  // behind the point of a computed number
 
-std::string _tail(char type, int length, int decimals) {
-  std::string tail{',', type, ','};
-  tail += std::to_string(length);
-  tail += ',';
-  tail += std::to_string(decimals);
-  return tail;
+void _addTail(std::string& text, char type, int length, int decimals) {
+  text += {',', type, ','};
+  text += std::to_string(length);
+  text += ',';
+  text += std::to_string(decimals);
+}
+
+// True for the text that a whole number of at most 15 digits prints as.
+bool _isPlainInteger(std::string_view text) {
+  if (text == "-0") return false;
+  if (text.starts_with('-')) text.remove_prefix(1);
+  if (text.empty() || text.size() > valueDigits || (text[0] == '0' && text.size() > 1))
+    return false;
+  return text.find_first_not_of("0123456789") == text.npos;
 }
 
 // Takes an integer, with leading blanks and a sign, off the text; false if none stands there.
@@ -67,49 +77,118 @@ Typ GetTyp(std::string_view text) {
   return typ;
 }
 
-std::string SetTyp(std::string_view text, char type, int length, int decimals) {
-  if (!text.empty() && text[0] == '"') return std::string(text);
-  length = std::clamp(length, 1, maxLength);
-  decimals = std::min(decimals, length - 1);
-  std::string value(text.substr(0, text.find(',')));
-  value += _tail(type, length, decimals);
-  return value;
+Value Value::ofCount(int n) {
+  Value v;
+  v.form_ = Form::integer;
+  v.number_ = n;
+  return v;
 }
 
-double N_FmVTLD(std::string_view text, int& length, int& decimals) {
-  const Typ typ = GetTyp(text);
+Value Value::ofNumber(double x) {
+  Value v;
+  v.form_ = Form::computed;
+  v.number_ = x;
+  if (ReadsBack(x)) return v;
+  std::string digits = FmtSci(x, valueDigits);
+  v.number_ = TxtToDbl(digits);
+  if (v.number_ == x) return v;
+  v.form_ = Form::digits;
+  v.text_ = std::move(digits);
+  return v;
+}
+
+Value Value::ofDigits(std::string_view digits, int length, int decimals) {
+  Value v;
+  if (digits.starts_with('"') || digits.find(',') != digits.npos) {
+    v.text_ = digits;
+    _addTail(v.text_, 'N', length, decimals);
+    return v;
+  }
+  v.number_ = TxtToDbl(digits);
+  v.form_ = _isPlainInteger(digits) ? Form::integer : Form::digits;
+  if (v.form_ == Form::digits) v.text_ = digits;
+  v.setTail(length, decimals);
+  return v;
+}
+
+Value Value::bareNumber() const {
+  if (form_ != Form::computed && form_ != Form::integer) return ofNumber(number());
+  Value v;
+  v.form_ = Form::computed;
+  v.number_ = number_;
+  return v;
+}
+
+double Value::textNumber() const { return TxtToDbl(text_); }
+
+bool Value::holds() const {
+  // A computed number is printed with a digit other than 0 first.
+  return form_ <= Form::digits ? TxtToInt(text_) != 0 : number_ != 0;
+}
+
+Typ Value::typ() const {
+  if (form_ == Form::truth) return {'L', 1, 0, 0};
+  if (!tailed_) return GetTyp(text());
+  return {'N', std::clamp(length_, 0, maxShown), std::clamp(decimals_, 0, maxShown), 0};
+}
+
+void Value::makeText() const {
+  switch (form_) {
+    case Form::text: return;
+    case Form::truth: text_ = number_ != 0 ? "-1,L,1,0" : "0,L,1,0"; break;
+    case Form::integer: text_ = std::to_string(static_cast<int64_t>(number_)); break;
+    case Form::computed: text_ = FmtSci(number_, valueDigits); break;
+    case Form::digits: break;
+  }
+  if (tailed_) _addTail(text_, 'N', length_, decimals_);
+  made_ = true;
+}
+
+Value SetTyp(const Value& value, char type, int length, int decimals) {
+  const std::string& text = value.text();
+  if (value.isQuoted()) return value;
+  length = std::clamp(length, 1, maxLength);
+  decimals = std::min(decimals, length - 1);
+  const std::string_view digits = std::string_view(text).substr(0, text.find(','));
+  if (type == 'N') return Value::ofDigits(digits, length, decimals);
+  std::string typed(digits);
+  _addTail(typed, type, length, decimals);
+  return typed;
+}
+
+double N_FmVTLD(const Value& value, int& length, int& decimals) {
+  const Typ typ = value.typ();
   if (typ.type != 'N') SynErr("");
   length = typ.length;
   decimals = typ.decimals;
-  return TxtToDbl(text);
+  return value.number();
 }
 
-std::string N_ToVTLD(double x, int length, int decimals) {
+Value N_ToVTLD(double x, int length, int decimals) {
   decimals = std::min(decimals, maxShown);
   if (length < 0) {
-    length = static_cast<int>(FmtFixSigned(x, 1, decimals).size());
+    length = 1 + static_cast<int>(FixLength(std::fabs(x), 0, decimals));
     if (x == 0) --length;
     if (decimals == 0) ++length;
   }
-  std::string value = FmtSci(x, valueDigits);
-  value += _tail('N', length, decimals);
-  return value;
+  Value v = Value::ofNumber(x);
+  v.setTail(length, decimals);
+  return v;
 }
 
-int StackInt(std::string_view text) { return DblToInt(TxtToDbl(text)); }
-
-bool L_FmVTLD(std::string_view text) {
-  const Typ typ = GetTyp(text);
-  return typ.bare == -1 || (typ.bare == 0 && TxtToInt(text) != 0);
+bool L_FmVTLD(const Value& value) {
+  if (value.isKnown()) return value.holds();
+  const int bare = value.typ().bare;
+  return bare == -1 || (bare == 0 && value.holds());
 }
 
-std::string L_ToVTLD(bool truth) { return std::string(truth ? valTrue : valFalse); }
+Value L_ToVTLD(bool truth) { return Value::ofTruth(truth); }
 
-std::string fmtExpr(std::string_view text) {
-  const Typ typ = GetTyp(text);
-  if (typ.type == 'L') return L_FmVTLD(text) ? ".T." : ".F.";
-  if (typ.type == 'N') return FmtFixSigned(TxtToDbl(text), typ.length, typ.decimals);
-  return qs2s(text);
+std::string fmtExpr(const Value& value) {
+  const Typ typ = value.typ();
+  if (typ.type == 'L') return L_FmVTLD(value) ? ".T." : ".F.";
+  if (typ.type == 'N') return FmtFixSigned(value.number(), typ.length, typ.decimals);
+  return qs2s(value.text());
 }
 
 }  // namespace mox

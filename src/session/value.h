@@ -1,4 +1,4 @@
-// The forms of a value on the operand stack. Values are texts from end to end.
+// The values of the operand stack. What can be seen of a value is its text, in one of these forms:
 //
 //   quoted string  "abc"            a character value, inner quotes doubled
 //   VTLD           12.50,N,5,2      a number: value text, type N, display length, decimals
@@ -7,15 +7,17 @@
 //
 // The value text of a number is whatever reads as a number; it isn't normalised. Length and
 // decimals are for display and for the width rules of the operators only.
+//
+// Most numbers and truths go from step to step, and nobody looks at their text. So a Value holds
+// what it is, and makes its text when somebody asks for it. Nothing else tells a value that was
+// computed from one that was read from its text: the number of a value is the one that its text
+// reads as, also where the text of 16 digits reads as a neighbour of what was computed.
 #pragma once
 
 #include <string>
 #include <string_view>
 
 namespace mox {
-
-inline constexpr std::string_view valTrue = "-1,L,1,0";
-inline constexpr std::string_view valFalse = "0,L,1,0";
 
 struct Typ {
   char type = 'N';  // C, N or L; or whatever letter stands in a VTLD tail
@@ -24,27 +26,113 @@ struct Typ {
   int bare = 0;  // -1 for a bare true (Y, y, T, t), -2 for a bare false (N, n, F, f), else 0
 };
 
+class Value {
+ public:
+  Value() = default;  // the empty text
+  Value(std::string text) : text_(std::move(text)) {}
+  Value(std::string_view text) : text_(text) {}
+  Value(const char* text) : text_(text) {}
+  Value(const Value& v) { *this = v; }
+  Value(Value&& v) noexcept { *this = std::move(v); }
+  Value& operator=(const Value& v) {
+    copyState(v);
+    if (hasText()) text_ = v.text_;
+    return *this;
+  }
+  Value& operator=(Value&& v) noexcept {
+    copyState(v);
+    if (hasText()) text_.swap(v.text_);
+    return *this;
+  }
+  Value& operator=(std::string_view text) {
+    form_ = Form::text;
+    tailed_ = false;
+    text_ = text;
+    return *this;
+  }
+
+  // A bare count.
+  static Value ofCount(int n);
+  static Value ofTruth(bool truth) {
+    Value v;
+    v.setTruth(truth);
+    return v;
+  }
+  // A number that was computed, without a tail as yet: its text is FmtSci of 15 decimals.
+  static Value ofNumber(double x);
+  Value bareNumber() const;  // the same of the number of this value
+  // A number that was read: its text has these digits.
+  static Value ofDigits(std::string_view digits, int length, int decimals);
+
+  // Gives a number that has none its tail.
+  void setTail(int length, int decimals) {
+    tailed_ = true;
+    made_ = false;
+    length_ = length;
+    decimals_ = decimals;
+  }
+  void setTruth(bool truth) {
+    form_ = Form::truth;
+    tailed_ = made_ = false;
+    number_ = truth ? -1 : 0;
+  }
+
+  // The reference holds until the value changes.
+  const std::string& text() const {
+    if (form_ != Form::text && !made_) makeText();
+    return text_;
+  }
+  double number() const { return form_ == Form::text ? textNumber() : number_; }
+  // True when the integer that the text begins with isn't 0.
+  bool holds() const;
+  Typ typ() const;
+  bool isQuoted() const { return form_ == Form::text && !text_.empty() && text_[0] == '"'; }
+  // A number or a truth that is known without its text.
+  bool isKnown() const { return form_ != Form::text; }
+  bool isTruth() const { return form_ == Form::truth; }
+
+ private:
+  // What the text is made of. A number's may have a tail.
+  enum class Form : char { text, digits, integer, computed, truth };
+
+  void copyState(const Value& v) {
+    form_ = v.form_;
+    tailed_ = v.tailed_;
+    made_ = v.made_;
+    length_ = v.length_;
+    decimals_ = v.decimals_;
+    number_ = v.number_;
+  }
+  bool hasText() const { return form_ <= Form::digits || made_; }
+  double textNumber() const;
+  void makeText() const;
+
+  Form form_ = Form::text;
+  bool tailed_ = false;
+  mutable bool made_ = false;  // the text is whole; of digits, it has its tail
+  int length_ = 0, decimals_ = 0;
+  double number_ = 0;
+  mutable std::string text_;
+};
+
 // Reads the type of a value. A comma that doesn't begin ",letter,length,decimals" is an internal
 // error. A bare text is a logical when it is one of the letters, and else a number.
 Typ GetTyp(std::string_view text);
 
 // The value with this type information, the length bounded to 1 to 254 and the decimals to less
 // than it. A quoted string stays as it is.
-std::string SetTyp(std::string_view text, char type, int length, int decimals);
+Value SetTyp(const Value& value, char type, int length, int decimals);
 
 // The number of a value; one of another type is a syntax error and still gives what it reads as.
-double N_FmVTLD(std::string_view text, int& length, int& decimals);
+double N_FmVTLD(const Value& value, int& length, int& decimals);
 // A number as a value. A negative length is worked out: that of the printed number with its sign
 // column, one less for 0, and one more without decimals.
-std::string N_ToVTLD(double x, int length, int decimals);
+Value N_ToVTLD(double x, int length, int decimals);
 
-// The number on the stack, cut toward zero and bounded to 32 bits.
-int StackInt(std::string_view text);
-
-bool L_FmVTLD(std::string_view text);  // truth, as the logical operators see it
-std::string L_ToVTLD(bool truth);
+bool L_FmVTLD(const Value& value);  // truth, as the logical operators see it
+Value L_ToVTLD(bool truth);
 
 // The value as the user sees it.
-std::string fmtExpr(std::string_view text);
+std::string fmtExpr(const Value& value);
 
 }  // namespace mox

@@ -1,6 +1,7 @@
 #include "store/db.h"
 
 #include "session/error.h"
+#include "session/session.h"
 #include "store/db_area.h"
 #include "store/ndx_page.h"
 
@@ -72,6 +73,7 @@ void dbRest() {
 
 void dbInit() {
   for (DbArea& a : db) a = DbArea{};
+  ++g_names;
   _area = 0;
 }
 
@@ -143,32 +145,6 @@ int dbFileInfo(const std::string& filename, int& records, std::string& date) {
 }
 
 std::string dbVal(int area, int field) { return fldget(_table(area), field); }
-
-std::optional<std::string> GetDb(std::string_view name) {
-  int area = 0;
-  if (_hasPrefix(name)) {
-    area = af2a(name);
-    if (area < 0) {
-      SynErr("AREA");
-      return "";
-    }
-    name = af2f(name);
-  }
-  DbfTable& t = db[area].table;
-  const int field = fldno(t, name);
-  if (field < 0) return std::nullopt;
-  std::string text = fldget(t, field);
-  if (t.typ[field] == 'L') {
-    const bool truth = !text.empty() && std::string_view("TtYy").find(text[0]) != text.npos;
-    return truth ? "-1,L,1,0" : "0,L,1,0";
-  }
-  if (t.typ[field] != 'N') return s2qs(text);
-  text += ",N,";
-  text += std::to_string(t.len[field]);
-  text += ',';
-  text += std::to_string(t.dec[field]);
-  return text;
-}
 
 int dbSetVal(int area, int field, std::string_view value) {
   return fldput(_table(area), field, qs2s(value));

@@ -18,6 +18,7 @@
 #include <string_view>
 
 #include "session/misc.h"
+#include "session/value.h"
 #include "store/dbf.h"
 
 namespace mox {
@@ -77,7 +78,14 @@ int dbFileInfo(const std::string& filename, int& records, std::string& date);
 std::string dbVal(int area, int field);
 // A field as a value, or nothing when there is no such field. Without a prefix the name is looked
 // up in area 0, whichever area is selected; a letter outside the table is an error.
-std::optional<std::string> GetDb(std::string_view name);
+std::optional<Value> GetDb(std::string_view name);
+// The two halves of it, for a name that is looked up once (session.h: g_names). The place of a field
+// is an area from 0 on and a field index.
+bool dbFindField(std::string_view name, int& area, int& field);
+Value dbFieldValue(int area, int field);
+// The number of a field that is one: false for a field of another type, and for one that holds
+// something else.
+bool dbFieldNumber(int area, int field, double& x);
 // Sets a field in the record buffer from a value or from a text in quoted string form.
 int dbSetVal(int area, int field, std::string_view value);
 const std::string& dbRow(int area);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "session/number.h"
+#include "session/session.h"
 #include "store/bytes.h"
 
 namespace mox {
@@ -310,6 +311,7 @@ int dbfOpen(DbfTable& t, std::string_view filename, bool keep) {
 }
 
 int dbfClose(DbfTable& t) {
+  ++g_names;
   if (!t.file) return dbfClosed;
   bool written = !t.dirty || _dbfUpdHdrDate(t);
   written = written && _finish(*t.file);

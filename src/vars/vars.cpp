@@ -1,18 +1,11 @@
 #include "vars/vars.h"
 
 #include <algorithm>
-#include <array>
-#include <vector>
+#include "session/session.h"
 
 namespace mox {
 
 namespace {
-
-struct Var {
-  std::string name;
-  std::vector<std::string> values;  // row by row: element (r, c) is values[r * columns + c]
-  std::array<int, maxProps> props{};
-};
 
 std::vector<Var> _makeTable() {
   std::vector<Var> table;
@@ -21,18 +14,7 @@ std::vector<Var> _makeTable() {
 }
 std::vector<Var> sym = _makeTable();
 
-const std::string _noText;
-
-bool _isVar(int number) { return number >= 0 && number < VarCount(); }
-
-// The element of an existing variable, or null for a subscript outside its dimensions.
-std::string* _element(int number, int row, int col) {
-  Var& var = sym[static_cast<size_t>(number)];
-  const int rows = var.props[propRows], cols = var.props[propCols];
-  if (row < 0 || row >= rows || col < 0 || col >= cols) return nullptr;
-  return &var.values[static_cast<size_t>(row) * static_cast<size_t>(cols) +
-                     static_cast<size_t>(col)];
-}
+const Value _none;
 
 }  // namespace
 
@@ -45,7 +27,12 @@ int VarNum(std::string_view name) {
 }
 
 const std::string* VarName(int number) {
-  return _isVar(number) ? &sym[static_cast<size_t>(number)].name : nullptr;
+  const Var* const var = VarAt(number);
+  return var ? &var->name : nullptr;
+}
+
+Var* VarAt(int number) {
+  return number >= 0 && number < VarCount() ? &sym[static_cast<size_t>(number)] : nullptr;
 }
 
 int VarDim(std::string_view name, int rows, int cols) {
@@ -59,18 +46,20 @@ int VarDim(std::string_view name, int rows, int cols) {
   var.values.resize(static_cast<size_t>(var.props[propRows]) *
                     static_cast<size_t>(var.props[propCols]));
   sym.push_back(std::move(var));
+  ++g_names;
   return VarCount() - 1;
 }
 
-int VarPutI2(int number, int row, int col, std::string_view text) {
-  if (!_isVar(number)) return varNoArray;
-  std::string* const element = _element(number, row, col);
-  if (!element) return varNoElement;
-  element->assign(text);  // the text may be a part of the element itself
+int VarPutI2(int number, int row, int col, Value element) {
+  Var* const var = VarAt(number);
+  if (!var) return varNoArray;
+  Value* const place = VarElement(*var, row, col);
+  if (!place) return varNoElement;
+  *place = std::move(element);
   return 0;
 }
 
-int VarPutS2(std::string_view name, int row, int col, std::string_view text) {
+int VarPutS2(std::string_view name, int row, int col, Value element) {
   if (name.find('.') != name.npos) return varDotted;
   int number = VarNum(name);
   if (number < 0) {
@@ -78,37 +67,46 @@ int VarPutS2(std::string_view name, int row, int col, std::string_view text) {
     number = VarDim(name, 1, 1);
     if (number < 0) return varFull;
   }
-  return VarPutI2(number, row, col, text);
+  return VarPutI2(number, row, col, std::move(element));
 }
 
-int VarPut(std::string_view name, std::string_view text) { return VarPutS2(name, 0, 0, text); }
-
-const std::string& VarGetI2(int number, int row, int col) {
-  const std::string* const element = _isVar(number) ? _element(number, row, col) : nullptr;
-  return element ? *element : _noText;
+int VarPut(std::string_view name, Value element) {
+  return VarPutS2(name, 0, 0, std::move(element));
 }
 
-const std::string& VarGetS2(std::string_view name, int row, int col) {
+const Value& VarGetI2(int number, int row, int col) {
+  Var* const var = VarAt(number);
+  const Value* const element = var ? VarElement(*var, row, col) : nullptr;
+  return element ? *element : _none;
+}
+
+const Value& VarGetS2(std::string_view name, int row, int col) {
   return VarGetI2(VarNum(name), row, col);
 }
 
-const std::string& VarGet(std::string_view name) { return VarGetS2(name, 0, 0); }
+const Value& VarGet(std::string_view name) { return VarGetS2(name, 0, 0); }
 
 int VarGetProp(int number, int prop) {
-  if (!_isVar(number) || prop < 0 || prop >= maxProps) return -1;
-  return sym[static_cast<size_t>(number)].props[static_cast<size_t>(prop)];
+  const Var* const var = VarAt(number);
+  return var && prop >= 0 && prop < maxProps ? var->props[static_cast<size_t>(prop)] : -1;
 }
 
 int VarSetProp(int number, int prop, int value) {
-  if (!_isVar(number) || prop < 0 || prop >= maxProps) return -1;
-  sym[static_cast<size_t>(number)].props[static_cast<size_t>(prop)] = value;
+  Var* const var = VarAt(number);
+  if (!var || prop < 0 || prop >= maxProps) return -1;
+  var->props[static_cast<size_t>(prop)] = value;
   return 0;
 }
 
-void VarClear() { sym.clear(); }
+void VarClear() {
+  sym.clear();
+  ++g_names;
+}
 
 void VarDelNum(int number) {
-  if (_isVar(number)) sym.erase(sym.begin() + number);
+  if (!VarAt(number)) return;
+  sym.erase(sym.begin() + number);
+  ++g_names;
 }
 
 bool IsLike(std::string_view name, std::string_view pattern) {
@@ -122,10 +120,12 @@ bool IsLike(std::string_view name, std::string_view pattern) {
 
 void VarDel(std::string_view pattern) {
   std::erase_if(sym, [&](const Var& var) { return IsLike(var.name, pattern); });
+  ++g_names;
 }
 
 void VarDelExcept(std::string_view pattern) {
   std::erase_if(sym, [&](const Var& var) { return !IsLike(var.name, pattern); });
+  ++g_names;
 }
 
 }  // namespace mox

@@ -1,0 +1,152 @@
+#include "run/join.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "run/run_ops.h"
+#include "session/misc.h"
+#include "session/options.h"
+
+namespace mox {
+
+namespace {
+
+bool _done(Run& run, const Joint& j) {
+  run.pc += j.steps;
+  return true;
+}
+
+// Behind a comparison: its truth goes on the stack, or it decides the jump.
+bool _compared(Run& run, const Joint& j, bool truth) {
+  if (j.target < 0)
+    run.push().setTruth(truth);
+  else if (!truth)
+    return run.pc = j.target, true;
+  return _done(run, j);
+}
+
+bool _source(Run& run, Joint& j) { return !g_opt[optECHO] && !g_opt[optSTEP] && _done(run, j); }
+
+bool _pushNumber(Run& run, Joint& j) {
+  run.push() = j.number;
+  return _done(run, j);
+}
+
+bool _pushName(Run& run, Joint& j) {
+  if (GetNamed(j.name, run.push())) return _done(run, j);
+  --run.depth;
+  return false;
+}
+
+bool _put(Run& run, Joint& j) {
+  if (run.depth < 1 || !PutNamed(j.name, run.top())) return false;
+  --run.depth;
+  return _done(run, j);
+}
+
+bool _store(Run& run, Joint& j) { return !g_opt[optTALK] && _put(run, j); }
+
+bool _compare(Run& run, Joint& j) {
+  if (run.depth < 2) return false;
+  const Value& b = run.top();
+  --run.depth;
+  const bool truth = OpCmp(run.top(), b, j.op);
+  --run.depth;
+  return _compared(run, j, truth);
+}
+
+bool _compareName(Run& run, Joint& j) {
+  double x = 0;
+  if (!GetNumber(j.name, x)) return false;
+  return _compared(run, j, CmpNumbers(x, j.number.number(), j.op));
+}
+
+// The runs, a letter for each step, the longer before the shorter.
+//
+//   N  PUSH of a name      G  GETV     C  CMP
+//   9  PUSH of a number    S  STORE    J  JPF
+//   1  PUSH of the 1       P  PUTV     +  ADD
+//   :  a source text         L  S2N
+struct JoinRow {
+  std::string_view steps;
+  bool (*act)(Run& run, Joint& joint);
+};
+constexpr JoinRow rows[] = {
+    {"N1G9LCJ", _compareName},
+    {"N1G9LC", _compareName},
+    {"N1G", _pushName},
+    {"N1S", _store},
+    {"N1P", _put},
+    {"91+", _pushNumber},
+    {"9L", _pushNumber},
+    {"CJ", _compare},
+    {":", _source},
+};
+
+char _pushed(std::string_view operand) {
+  if (operand == "1") return '1';
+  const char first = operand.empty() || operand.find(',') != operand.npos ? '-' : operand[0];
+  if (first >= '0' && first <= '9') return '9';
+  return UpperChr(first) >= 'A' && UpperChr(first) <= '_' ? 'N' : '-';
+}
+
+char _letter(const Step& step) {
+  struct Word {
+    std::string_view word;
+    char letter;
+  };
+  static constexpr Word words[] = {
+      {"GETV", 'G'}, {"STORE", 'S'}, {"PUTV", 'P'}, {"ADD", '+'}, {"S2N", 'L'}};
+  switch (step.core) {
+    case Core::CMP: return step.number < 0 ? '-' : 'C';
+    case Core::JPF: return 'J';
+    case Core::source: return ':';
+    case Core::PUSH: return _pushed(step.operand());
+    default: break;
+  }
+  for (const Word& w : words)
+    if (step.entry && step.entry->word == w.word) return w.letter;
+  return '-';
+}
+
+// True when the letters begin with those of the row. 1 is a number like any other.
+bool _fits(std::string_view letters, std::string_view row) {
+  return letters.size() >= row.size() &&
+         std::equal(row.begin(), row.end(), letters.begin(),
+                    [](char a, char b) { return a == b || (a == '9' && b == '1'); });
+}
+
+std::shared_ptr<Joint> _joint(const JoinRow& row, const Step* step) {
+  const auto joint = std::make_shared<Joint>();
+  joint->act = row.act;
+  joint->steps = static_cast<int>(row.steps.size());
+  for (const char letter : row.steps) {
+    const Value operand(step->operand());
+    switch (letter) {
+      case 'N': joint->name.text = strUpper(step->operand()); break;
+      case '9': joint->number = operand; break;
+      case 'L': joint->number = ToNumber(joint->number); break;
+      case '+': joint->number = StrFmN1N2Op(joint->number, "1", '+'); break;
+      case 'C': joint->op = step->number; break;
+      case 'J': joint->target = step->number; break;
+      default: break;
+    }
+    ++step;
+  }
+  return joint;
+}
+
+}  // namespace
+
+void JoinSteps(Program& program) {
+  std::string letters;
+  for (const Step& step : program) letters += _letter(step);
+  for (size_t i = 0; i < program.size(); ++i) {
+    const std::string_view here = std::string_view(letters).substr(i);
+    const auto fits = [here](const JoinRow& row) { return _fits(here, row.steps); };
+    const JoinRow* const row = std::find_if(std::begin(rows), std::end(rows), fits);
+    if (row != std::end(rows)) program[i].joint = _joint(*row, &program[i]);
+  }
+}
+
+}  // namespace mox
