@@ -6,7 +6,10 @@
 set -euo pipefail
 root=$(cd -P "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 PATH=$(realpath "$1"):$PATH
-if ! command -v sqlite3 >/dev/null; then echo "No sqlite3 here" && exit 0; fi
+if ! command -v sqlite3 >/dev/null; then
+  printf 'recipes: Skipped\nThe program sqlite3 is missing\n'
+  exit 77
+fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/run" "$work/blocks"

@@ -99,9 +99,12 @@ TEST(Help, EachNameHasATopic) {
   EXPECT_LE(main.size(), screenLines);
   std::set<std::string> wanted, listed;
   const std::regex groupLine(" [A-Z][a-z]+: +.*");
-  for (const std::string& line : main)
-    if (std::regex_match(line, groupLine) && line.size() > listColumn)
-      for (const std::string& name : Names({line.substr(listColumn)})) listed.insert(TopicOf(name));
+  for (const std::string& line : main) {
+    if (!std::regex_match(line, groupLine) || line.size() <= listColumn) continue;
+    std::string group = line.substr(1, line.find(':') - 1);
+    wanted.insert(strUpper(group));
+    for (const std::string& name : Names({line.substr(listColumn)})) listed.insert(TopicOf(name));
+  }
   EXPECT_GT(listed.size(), 80u);
   for (const Alternative& a : g_grammar) {
     if (a.rule != Rule::statement || a.items[0].kind != Item::kWord) continue;
