@@ -1,8 +1,10 @@
 // What a person has stays, whatever the host refuses: each statement with each of its openings,
 // writes, resizes and moves refused, once or from there on, wholly or in the middle of a write.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <functional>
 #include <map>
 
@@ -118,11 +120,13 @@ std::string OutOfStep() {
 struct Refuse {
   int k = 0, ops = 0;
   bool forever = false, half = false;
+  bool kills = false;  // the host ends the program in place of the refusal
 } refuse;
 bool May(FileOp, std::size_t& n) {
   ++refuse.ops;
   if (refuse.k <= 0 || refuse.ops < refuse.k || (!refuse.forever && refuse.ops > refuse.k))
     return true;
+  if (refuse.kills) raise(SIGKILL);
   n = refuse.half && refuse.ops == refuse.k ? n / 2 : 0;
   return false;
 }
@@ -152,7 +156,17 @@ struct Faults : testing::Test {
   }
   template <class Body>
   void InChild(Body body) {
-    EXPECT_EXIT((Start(), body(), std::exit(HasFailure())), testing::ExitedWithCode(0), "");
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0) {
+      Start();
+      body();
+      std::fflush(stdout);
+      _exit(HasFailure());
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
   }
 
   // The error of the statements, or nothing.
@@ -193,6 +207,9 @@ const Statement statements[] = {
     {"DELETE", "", "GOTO 3"},
     {"DELETE ALL FOR AGE>10", "", "", true},
     {"RECALL ALL", "", "", true},
+    {"DELETE ALL", "", "SET INDEX TO", true},
+    {"APPEND FROM S FOR AGE>10", "", "USE X", true},
+    {"UPDATE FROM S ON AGE ADD AGE", "", "USE X", true},
     {"PACK", "", "", false, true},
     {"REINDEX"},
     {"INDEX ON NAME TO A"},
@@ -232,14 +249,17 @@ bool InParts(const Rows& before, const Rows& after, const Rows& now, bool typed)
 }
 
 struct Seen {
-  State state;
-  Rows rows;
+  State state = Look();
+  std::map<std::string, Rows> rows;
+  Seen() {
+    for (const auto& [name, content] : state)
+      if (name.ends_with(".dbf")) rows[name] = Records(name);
+  }
   bool is(const Seen& other, const std::string& name) const {
     return state.contains(name) == other.state.contains(name) &&
            (!state.contains(name) || state.at(name) == other.state.at(name));
   }
 };
-Seen See() { return {Look(), Records("T.dbf")}; }
 
 // What is wrong with the files when a statement ended with this report.
 std::string Wrong(const Statement& s, const Seen& before, const Seen& after, const Seen& now,
@@ -250,11 +270,12 @@ std::string Wrong(const Statement& s, const Seen& before, const Seen& after, con
   std::string wrong;
   for (const auto& [name, content] : names) {
     if (now.is(after, name) || ((told != "" || s.silent) && now.is(before, name))) continue;
-    const bool table = name == "T.dbf", ofIt = name == "A.ndx" || name == "B.ndx";
-    if (told != "" &&
-        (ofIt || (s.parts && table && InParts(before.rows, after.rows, now.rows, *s.typed))))
+    if (told != "" && (name == "A.ndx" || name == "B.ndx")) continue;  // looked at below
+    if (told != "" && s.parts && now.rows.contains(name) &&
+        InParts(before.rows.at(name), after.rows.at(name), now.rows.at(name), *s.typed))
       continue;
-    if (told != "" && table && refuse.forever && refuse.half) continue;  // torn
+    if (told != "" && (name == "T.dbf" || s.parts) && refuse.forever && refuse.half)
+      continue;  // torn
     wrong += " " + name;
   }
   return wrong;
@@ -271,7 +292,7 @@ struct Refusals : Faults {
       SCOPED_TRACE(s.text + (" refused at " + std::to_string(-refuse.k)) +
                    (refuse.forever ? " on" : "") + (refuse.half ? " by half: " : ": ") + told);
       EXPECT_TRUE(told == "" || refused);
-      EXPECT_EQ(Wrong(s, before, after, See(), told), "");
+      EXPECT_EQ(Wrong(s, before, after, Seen(), told), "");
       EXPECT_TRUE(!mark || refuse.forever || told == "" || s.rebuilds) << "marked";
       EXPECT_EQ(mark ? "" : OutOfStep(), "");
       const std::string use = Run("USE T INDEX A,B");
@@ -287,10 +308,10 @@ struct Refusals : Faults {
     for (const Statement& s : statements) {
       Begin();
       EXPECT_EQ(Run(s.before), "");
-      const Seen before = See();
+      const Seen before;
       EXPECT_EQ(Run(s.text, s.typed), "") << s.text;
       dbRest();
-      const Seen after = See();
+      const Seen after;
       for (const auto& [forever, half] :
            {std::pair(false, false), {false, true}, {true, false}, {true, true}}) {
         int k = 0;
@@ -307,6 +328,305 @@ struct Refusals : Faults {
 
 TEST_F(Refusals, OfEachStatement) {
   InChild([&] { Each(); });
+}
+
+// A program that is killed at an operation leaves what was there, and indexes that are in step or
+// marked; what it left in the making goes when the statement is given again.
+struct Kills : Refusals {
+  // True when there was an operation to be killed at.
+  bool At(const Statement& s, int k, const Seen& before, const Seen& after) {
+    const pid_t child = fork();
+    if (child == 0) {
+      Begin();
+      Run(s.before);
+      refuse = {k, 0, false, false, true};
+      Run(s.text, s.typed);
+      dbRest();
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    SCOPED_TRACE(s.text + (" killed at " + std::to_string(k)));
+    State left;
+    for (const auto& [name, content] : Look())
+      if (name.ends_with("~")) fs::rename(name, "../" + name), left[name];
+    EXPECT_EQ(Wrong(s, before, after, Seen(), "killed"), "");
+    for (const auto& [name, content] : left) fs::rename("../" + name, name);
+    refuse = {};
+    SessionInit();
+    const bool mark = Marked("A.ndx") || Marked("B.ndx");
+    EXPECT_EQ(mark ? "" : OutOfStep(), "");
+    EXPECT_EQ(Run("SET TALK OFF : STORE 7 TO V : USE T INDEX A,B").substr(0, 7),
+              mark ? "REINDEX" : "");
+    EXPECT_EQ(Run("REINDEX"), "");
+    EXPECT_EQ(OutOfStep(), "");
+    Run(s.before);
+    Run(s.text, s.typed);
+    for (const auto& [name, content] : Look()) EXPECT_FALSE(name.ends_with("~")) << name;
+    return WIFSIGNALED(status);
+  }
+};
+
+TEST_F(Kills, AtEachOperation) {
+  InChild([&] {
+    int kills = 0;
+    for (const Statement& s : statements) {
+      Begin();
+      Run(s.before);
+      const Seen before;
+      Run(s.text, s.typed);
+      dbRest();
+      const Seen after;
+      for (int k = 1; At(s, k, before, after); ++k) ++kills;
+    }
+    std::printf("%d kills\n", kills);
+  });
+}
+
+// --- Random histories against a model: two areas on one table, indexes whose keys fail.
+
+struct Record {
+  std::string name;
+  int age = 0;
+  bool blank = false, deleted = false;
+  std::string row() const {
+    return (deleted ? "*" : " ") + StrFmt("%-5s", name.c_str()) +
+           (blank ? "    " : StrFmt("%4d", age));
+  }
+};
+
+struct Model {
+  std::vector<Record> recs;
+  int v = 2520;                                       // 0: there is no variable V
+  std::vector<std::pair<std::string, int>> items[3];  // NAME, AGE+1000, V/AGE
+  int attached = 3;
+
+  std::string key(int i, const Record& r) const {  // none: it fails
+    if (i == 0) return StrFmt("%-5s", r.name.c_str());
+    if (i == 2 && (v == 0 || r.age == 0)) return "";
+    return StrFmt("%08d", i == 1 ? r.age + 1000 : v / r.age);
+  }
+  auto item(int i, int rno) {
+    return std::find_if(items[i].begin(), items[i].end(), [&](auto& x) { return x.second == rno; });
+  }
+  void add(int i, int rno, const std::string& k) {
+    const auto above = [](const std::string& a, const auto& b) { return a < b.first; };
+    items[i].insert(std::upper_bound(items[i].begin(), items[i].end(), k, above), {k, rno});
+  }
+  bool change(int rno, const Record& to) {
+    for (int i = 0; i < attached; ++i)
+      if (key(i, to) == "" || (key(i, recs[rno - 1]) == "" && item(i, rno) != items[i].end()))
+        return false;
+    for (int i = 0; i < attached; ++i) {
+      if (const auto old = item(i, rno); old != items[i].end()) items[i].erase(old);
+      add(i, rno, key(i, to));
+    }
+    recs[rno - 1] = to;
+    return true;
+  }
+  bool append(const Record& r) {  // true when an index lacks it
+    bool lacks = false;
+    recs.push_back(r);
+    for (int i = 0; i < attached; ++i)
+      if (key(i, r) == "")
+        lacks = true;
+      else
+        add(i, static_cast<int>(recs.size()), key(i, r));
+    return lacks;
+  }
+  bool build(int i) {  // as far as the first record tells the form of the key
+    if (i == 2 && (recs.empty() || key(i, recs[0]) == "")) return false;
+    items[i].clear();
+    for (size_t r = 0; r < recs.size(); ++r)
+      if (const std::string k = key(i, recs[r]); k != "") add(i, static_cast<int>(r) + 1, k);
+    return true;
+  }
+  bool rebuild() {
+    bool all = true;
+    for (int i = 0; i < attached; ++i) all &= build(i);
+    return all;
+  }
+  // UPDATE FROM S ON NAME REPLACE AGE WITH AGE: true when no record refused.
+  bool update(const std::vector<Record>& source) {
+    bool all = true;
+    size_t at = 0, s = 0;
+    while (at < items[0].size() && s < source.size()) {
+      const auto& [name, rno] = items[0][at];
+      const std::string from = key(0, source[s]);
+      if (name < from) {
+        ++at;
+        continue;
+      }
+      if (name == from) {
+        const int changed = rno;
+        Record to = recs[changed - 1];
+        to.age = source[s].age, to.blank = false;
+        all &= change(changed, to);
+        at = static_cast<size_t>(item(0, changed) - items[0].begin());
+      }
+      ++s;
+    }
+    return all;
+  }
+};
+
+const char* const indexFiles[] = {"N.ndx", "G.ndx", "F.ndx"};
+const std::vector<Record> source = {{"ann", 4}, {"bob", 0}, {"eve", 5}, {"zoe", 7}};
+
+struct Histories : Faults {
+  Model m;
+  std::mt19937 random;
+  int other = 0;  // the record of area B
+
+  int any(int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); }
+  int rec() { return any(static_cast<int>(m.recs.size())) + 1; }
+  std::string name() { return std::string(1, "abez"[any(4)]) + "nob"[any(3)]; }
+
+  void Open(unsigned seed) {
+    random.seed(seed);
+    m = {};
+    Begin();
+    Run("USE : DELETE FILE \"A.ndx\" : DELETE FILE \"B.ndx\" : SET TALK OFF");
+    PutBytes("S.txt", "ann,4\nbob,0\neve,5\nzoe,7\n");
+    Run("USE S : DELETE ALL : PACK : APPEND FROM S.txt SDF DELIMITED : STORE 2520 TO V : USE T : "
+        "DELETE ALL : PACK : APPEND FROM S.txt SDF DELIMITED : "
+        "INDEX ON NAME TO N : INDEX ON AGE+1000 TO G : INDEX ON V/AGE TO F : SET INDEX TO N,G,F");
+    Run(any(2) ? "SELECT B : USE T : SELECT A" : "SELECT B : USE T INDEX G : SELECT A");
+    m.recs = source;
+    m.rebuild();
+    other = 0;
+  }
+  void Place(int area, int rno) {
+    Run((area ? "SELECT B : GOTO " : "GOTO ") + std::to_string(rno) + " : SELECT A");
+    if (area) Run("SELECT B : GOTO " + std::to_string(rno)), Run("SELECT A"), other = rno;
+  }
+  // Runs a change: the report must come when the model refuses, or the host did.
+  void Told(const std::string& statement, bool expected) {
+    const std::string told = Run(statement);
+    EXPECT_EQ(told != "", expected) << statement << ": " << told;
+  }
+
+  void Replace() {
+    const int rno = rec(), area = any(3) == 0;
+    Record to = m.recs[static_cast<size_t>(rno) - 1];
+    std::string text = "REPLACE ";
+    if (any(3)) text += "NAME WITH \"" + (to.name = name()) + "\", ";
+    to.age = any(11), to.blank = false;
+    text += "AGE WITH " + std::to_string(to.age);
+    const bool broken = any(8) == 0;
+    if (broken) text += ", NAME WITH NOPE/2";
+    Place(area, rno);
+    if (area) Run("SELECT B");
+    if (any(4) == 0) refuse = {1 + any(7), 0, false, any(2) == 1};
+    const std::string told = Run(text);
+    const bool refused = std::exchange(refuse.k, 0) > 0 && told.starts_with("CANNOT WRITE");
+    EXPECT_EQ(told == "", !broken && !refused && m.change(rno, to)) << text << ": " << told;
+    if (area) Run("SELECT A");
+  }
+  void Pack() {
+    std::erase_if(m.recs, [](const Record& r) { return r.deleted; });
+    bool built = m.rebuild();
+    if (m.recs.empty())
+      built = Run("PACK") == "", m.items[2].clear();  // a record that is gone gives the form
+    else
+      Told("PACK", !built);
+    if (!built) {
+      EXPECT_TRUE(Marked("F.ndx"));
+      Told("SET INDEX TO N,G", false);
+      m.attached = 2;
+    }
+    if (!m.recs.empty()) Place(1, rec());
+  }
+  void Attach() {
+    Run("SET INDEX TO");
+    const bool built = m.build(2);
+    Told("INDEX ON V/AGE TO F", !built);
+    m.attached = built ? 3 : 2;
+    Told(built ? "SET INDEX TO N,G,F" : "SET INDEX TO N,G", false);
+  }
+  void Look1() {
+    if (m.items[0].empty()) return;  // LIST then shows the record in place
+    Run("LIST");
+    std::vector<int> shown, expected;
+    for (const std::string& line : split(said, "\n"))
+      if (line.size() > 5) shown.push_back(TxtToInt(line));
+    for (const auto& [k, rno] : m.items[0]) expected.push_back(rno);
+    EXPECT_EQ(shown, expected);
+    const std::string text = name();
+    const auto begins = [&](const auto& x) { return x.first.starts_with(text); };
+    const auto hit = std::find_if(m.items[0].begin(), m.items[0].end(), begins);
+    Run("FIND \"" + text + "\" : ? RECNO()");
+    EXPECT_EQ(TxtToInt(said), hit == m.items[0].end() ? 0 : hit->second) << text;
+  }
+  void Step() {
+    const int what = any(m.recs.empty() ? 3 : 16);
+    if (what == 0) {
+      Told("APPEND BLANK", false);
+      m.recs.push_back({"", 0, true});
+    } else if (what == 1) {
+      const int least = any(3) * 4 - 1;
+      bool lacks = false;
+      for (const Record& r : source)
+        if (r.age > least) lacks |= m.append(r);
+      Told("APPEND FROM S FOR AGE>" + std::to_string(least), lacks);
+    } else if (what == 2) {
+      m.v = any(3) * 2520;
+      Run(m.v ? "STORE " + std::to_string(m.v) + " TO V" : "RELEASE V");
+    } else if (what == 3) {
+      const int rno = rec();
+      Place(0, rno);
+      const bool mark = any(3) != 0;
+      Told(mark ? "DELETE" : "RECALL", false);
+      m.recs[static_cast<size_t>(rno) - 1].deleted = mark;
+    } else if (what == 4) {
+      Pack();
+    } else if (what == 5) {
+      Told("REINDEX", !m.rebuild());
+    } else if (what == 6) {
+      Told("UPDATE FROM S ON NAME REPLACE AGE WITH AGE", !m.update(source));
+    } else if (what == 7) {
+      Attach();
+    } else if (what == 8) {
+      Place(1, rec());
+    } else if (what == 9) {
+      Look1();
+    } else {
+      Replace();
+    }
+  }
+  void Same() {
+    dbRest();
+    const Rows rows = Records("T.dbf");
+    ASSERT_EQ(rows.size(), m.recs.size());
+    for (size_t r = 0; r < rows.size(); ++r) EXPECT_EQ(rows[r], m.recs[r].row()) << r + 1;
+    for (int i = 0; i < m.attached; ++i) {
+      const Items items = Leaves(indexFiles[i]);
+      ASSERT_EQ(items.size(), m.items[i].size()) << i;
+      for (size_t k = 0; k < items.size(); ++k) {
+        EXPECT_EQ(items[k].rno, m.items[i][k].second) << i;
+        EXPECT_EQ(i ? StrFmt("%08.0f", Number(items[k].key)) : items[k].key, m.items[i][k].first);
+      }
+      EXPECT_FALSE(Marked(indexFiles[i]));
+    }
+    if (other < 1 || other > static_cast<int>(m.recs.size())) return;
+    Run("? S.NAME");
+    EXPECT_EQ(said, " " + m.recs[static_cast<size_t>(other) - 1].row().substr(1, 5) + " \n");
+  }
+};
+
+TEST_F(Histories, RecordsAndIndexesAreThoseOfTheModel) {
+  const char* const wanted = std::getenv("MOX_HISTORIES");
+  InChild([&] {
+    for (int seed = 1, last = wanted ? TxtToInt(wanted) : 30; seed <= last && !HasFailure();
+         ++seed) {
+      Open(static_cast<unsigned>(seed));
+      for (int step = 1; step <= 40 && !HasFailure(); ++step) {
+        SCOPED_TRACE(StrFmt("history %d, step %d", seed, step));
+        Step();
+        Same();
+      }
+    }
+  });
 }
 
 }  // namespace

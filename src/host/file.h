@@ -18,7 +18,7 @@ constexpr FileHandle noFile = -1;
 enum class FileMode {
   read,
   change,  // an existing file, to read and write
-  make,    // the same, or a new, empty one
+  make,    // the same, or a new, empty one; not through a link in the last place
 };
 
 // Opens a plain file, through links too: noFile when it can't be opened or is none.

@@ -30,7 +30,7 @@ FileHandle OS_FileOpen(const std::string& path, FileMode mode) {
   if (_isOther(path) || !OS_MayChangeFile(mode == FileMode::make ? FileOp::make : FileOp::open))
     return noFile;
   int flags = O_CLOEXEC | (mode == FileMode::read ? O_RDONLY : O_RDWR);
-  if (mode == FileMode::make) flags |= O_CREAT;
+  if (mode == FileMode::make) flags |= O_CREAT | O_NOFOLLOW;
   const int fd = open(path.c_str(), flags, 0666);
   return fd < 0 ? noFile : fd;
 }

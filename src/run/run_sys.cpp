@@ -10,6 +10,7 @@
 #include "session/error.h"
 #include "session/files.h"
 #include "session/misc.h"
+#include "session/newfile.h"
 #include "session/number.h"
 #include "session/options.h"
 #include "session/session.h"
@@ -51,7 +52,7 @@ void OpOpt(Operands& o) {
     SynErr("");
   else if (slot == optFORMAT)
     _setFormat(withText ? value : name);
-  else if (withText && slot == optALTERNATE && FileInUse(FnFind(qs2s(value))))
+  else if (withText && slot == optALTERNATE && !FileIsFree(FnFind(qs2s(value))))
     SetErr("FILE IS IN USE", qs2s(value));
   else if (withText)
     g_optval[slot] = qs2s(value);
@@ -65,14 +66,14 @@ void OpQuit(Operands&) { g_quit = 1; }
 
 void OpDel(Operands& o) {
   const std::string path = FnFind(qs2s(o.text()));
-  if (FileInUse(path) || !FileDelete(path)) SetErr("DELETE FILE FAILED", "");
+  if (!FileIsFree(path) || !FileDelete(path)) SetErr("DELETE FILE FAILED", "");
 }
 
 void OpRen(Operands& o) {
   const std::string from = FnFind(qs2s(o.text()));
   std::string to = qs2s(o.text());
   if (const std::string found = FnFind(to); !SameFile(found, from)) to = found;
-  if (FileInUse(from) || !FileRename(from, to)) SetErr("RENAME FAILED", "");
+  if (!FileIsFree(from) || !FileRename(from, to)) SetErr("RENAME FAILED", "");
 }
 
 void OpClMem(Operands&) { VarClear(); }

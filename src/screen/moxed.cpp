@@ -192,8 +192,9 @@ int _EdLines(Lines& lines) {
 
 int MoxEd(const std::string& path) {
   const std::string found = FnFind(path);
-  if (FileInUse(found) || (FileExists(found) && !FileOpen(found, "rb"))) {
-    FileErr(FileInUse(found) ? fileInUse : fileCantCreate, found);
+  const bool free = FileIsFree(found);
+  if (!free || (FileExists(found) && !FileOpen(found, "rb"))) {
+    FileErr(free ? fileCantCreate : fileInUse, found);
     return -1;
   }
   const std::string rescue = found + ".rescue";

@@ -85,13 +85,14 @@ bool FileExists(const std::string& path) {
 bool FileDelete(const std::string& path) {
   const fs::path file = PathOf(path);
   std::error_code ec;
-  return !fs::is_directory(file, ec) && fs::remove(file, ec);
+  const fs::file_status status = fs::symlink_status(file, ec);
+  return (fs::is_regular_file(status) || fs::is_symlink(status)) && fs::remove(file, ec);
 }
 
 bool FileRename(const std::string& from, const std::string& to) {
   const fs::path before = PathOf(from), after = PathOf(to);
   std::error_code ec;
-  if (!fs::exists(before, ec) || fs::is_directory(before, ec)) return false;
+  if (!fs::is_regular_file(before, ec)) return false;
   if (fs::exists(fs::symlink_status(after, ec)) && !SameFile(from, to)) return false;
   fs::rename(before, after, ec);
   return !ec;

@@ -30,9 +30,9 @@ std::string FnFind(const std::string& path);
 bool SameFile(const std::string& a, const std::string& b);
 
 bool FileExists(const std::string& path);  // of any kind
-// Deletes a file, not a directory: false when it can't.
+// Deletes a plain file or a link: false when it can't.
 bool FileDelete(const std::string& path);
-// Renames a file, not a directory, to a name that no other file has: false when it can't.
+// Renames a plain file to a name that no other file has: false when it can't.
 bool FileRename(const std::string& from, const std::string& to);
 // The files that are open as tables and indexes, each for the lifetime of an object.
 class FileUse {

@@ -132,6 +132,12 @@ void FileErr(int result, const std::string& path) {
          FnFind(path));
 }
 
+bool FileIsFree(const std::string& path) {
+  if (FileInUse(path)) return false;
+  const Opened file(OS_FileOpen(path, FileMode::change));
+  return file.f == noFile || OS_FileKeep(file.f);
+}
+
 NewFile::~NewFile() { _drop(*this); }
 
 int NewFileOpen(NewFile& n, const std::string& name, bool evenOpen) {
@@ -146,7 +152,9 @@ int NewFileOpen(NewFile& n, const std::string& name, bool evenOpen) {
   n.inPlace = true;
   std::error_code ec;
   const fs::path temporary = fs::temp_directory_path(ec) / PathOf(n.place).filename();
-  return ec ? made : _make(n, TextOf(temporary) + _inTheMaking);
+  if (ec || (made = _make(n, TextOf(temporary) + _inTheMaking)) != 0) return made;
+  fs::permissions(PathOf(n.made), fs::perms::owner_read | fs::perms::owner_write, ec);
+  return 0;
 }
 
 bool NewFileAppend(NewFile& n, std::string_view bytes) {

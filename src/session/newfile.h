@@ -29,6 +29,9 @@ enum FileResult {
 // Reports such a result with the name of the file.
 void FileErr(int result, const std::string& path);
 
+// True when no area of this or of another session has the file open.
+bool FileIsFree(const std::string& path);
+
 struct NewFile {
   std::string path;       // what the name means
   std::string place;      // the same behind links
