@@ -57,7 +57,8 @@ int dbCOLS(int area);
 int dbRECNO(int area);
 bool dbEOF(int area);
 bool dbDELETED(int area);
-// True when the area stands on a record that the file has; dbHasRecord reports it when there is none.
+// True when the area stands on a record that the file has; dbHasRecord reports it when there is
+// none.
 bool dbOnRecord(int area);
 bool dbHasRecord(int area);
 int dbRMAX(int area);
@@ -142,7 +143,8 @@ int dbPack(int area);        // the caller then calls dbReindex
 // prints its progress. The table ends at eof.
 int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk);
 // Rebuilds the indexes of the selected area from their key expressions, with everyUser those too
-// that other areas have open for its table: 0, or -1 after a report.
+// that other areas have open for its table: 0, or -1 after a report. The cursors of the area are
+// then on nothing.
 int dbReindex(bool talk, bool everyUser = false);
 void dbClrShared(int area);  // closes the indexes of every area that has this one's table open
 

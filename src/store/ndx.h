@@ -81,6 +81,8 @@ int ndxFwd(NdxFile& x);
 int ndxBak(NdxFile& x);
 // True when the file was changed since the cursor was put: a step from it would go astray.
 bool ndxAstray(const NdxFile& x);
+// Empties the cursor.
+void ndxLeave(NdxFile& x);
 // True when some item has this record.
 bool ndxHasRno(NdxFile& x, int rno);
 // The first key that agrees with the text in the first length bytes, at most the key length. The
