@@ -48,7 +48,7 @@ TEST_F(Dbf, FileIsExactToTheByte) {
   want.resize(dbfHeaderSize);
   want += " R1          1 R2          2 R3          3\x1A";
   EXPECT_EQ(want, Bytes("PEOPLE.DBF"));
-  EXPECT_EQ((std::array{day, month, year}), t.file->date);
+  EXPECT_EQ((std::array{day, month, year}), t.date);
 
   testing::internal::CaptureStdout();
   dbfDispStruc(t);

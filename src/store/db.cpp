@@ -138,7 +138,7 @@ int dbFileInfo(const std::string& filename, int& records, std::string& date) {
   DbfTable t;
   if (dbfOpen(t, filename) != 0) return -1;
   records = dbfROWS(t);
-  const auto [day, month, year] = t.file->date;
+  const auto [day, month, year] = t.date;
   date = StrFmt("%02d/%02d/%02d", day, month, year);
   dbfClose(t);
   return 0;

@@ -159,7 +159,8 @@ void dbStale(int area);
 // prints its progress. The table ends at eof.
 int dbIndexOnTo(std::string_view expr, std::string_view filename, bool talk);
 // Rebuilds the indexes of the selected area from their key expressions, with everyUser those too
-// that other areas have open for its table: 0, or -1 after a report.
+// that other areas have open for its table: 0, or -1 after a report. The cursors of the area are
+// then on nothing.
 int dbReindex(bool talk, bool everyUser = false);
 void dbClrShared(int area);  // closes the indexes of every area that has this one's table open
 

@@ -410,7 +410,9 @@ int dbReindex(bool talk, bool everyUser) {
     const ErrorSlot error = TakeErr();
     if (failed.num == errNone) failed = error;
   }
+  if (names.size() > own && own == 0) dbTop(selectedArea);  // as after a pack without an index
   a.ndxs = ndxs;
+  for (NdxFile& x : a.index) ndxLeave(x);
   if (failed.num == errNone) return 0;
   PutErr(failed);
   return -1;

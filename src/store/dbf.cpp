@@ -129,7 +129,7 @@ int _dbfReadHeader(DbfTable& t) {
   if (!imgRead(t.file->image, 0, reinterpret_cast<char*>(h.data()), h.size())) return dbfShort;
   if (get1(&h[atVersion]) != version) return dbfWrongVersion;
   t.file->rmax = get2(&h[atCount]);
-  for (int i = 0; i < 3; i++) t.file->date[i] = get1(&h[atDate + i]);
+  for (int i = 0; i < 3; i++) t.date[i] = get1(&h[atDate + i]);
   const unsigned char* field = &h[atFields];
   for (; t.cols < maxFields && *field != fieldsEnd; t.cols++, field += fieldSize) {
     t.names[t.cols] = xtract({reinterpret_cast<const char*>(field), fieldSize}, maxFieldName);
@@ -323,8 +323,7 @@ int dbfDispStruc(const DbfTable& t) {
   if (!t.file) return dbfClosed;
   std::printf("STRUCTURE FOR FILE:  %s\n", t.name.c_str());
   std::printf("NUMBER OF RECORDS:   %05d\n", t.file->rmax);
-  std::printf("DATE OF LAST UPDATE: %02d/%02d/%02d\n", t.file->date[0], t.file->date[1],
-              t.file->date[2]);
+  std::printf("DATE OF LAST UPDATE: %02d/%02d/%02d\n", t.date[0], t.date[1], t.date[2]);
   std::printf("PRIMARY USE DATABASE\n");
   std::printf("FLD       NAME      TYPE WIDTH   DEC\n");
   for (int i = 0; i < t.cols; i++) {

@@ -64,11 +64,10 @@ enum DbfResult {
 // An open file.
 struct DbfFile {
   Image image;
-  int rmax = 0;               // record count
-  std::array<int, 3> date{};  // day, month, year as read at open
-  bool kept = false;          // for this session alone
-  unsigned changes = 0;       // of records, counted
-  int put = 0;                // while writes are held: records that the file has
+  int rmax = 0;          // record count
+  bool kept = false;     // for this session alone
+  unsigned changes = 0;  // of records, counted
+  int put = 0;           // while writes are held: records that the file has
   std::optional<FileUse> use;
   std::unique_ptr<NewFile> made;  // of a table in the making
   DbfFile() = default;
@@ -78,6 +77,7 @@ struct DbfFile {
 struct DbfTable {
   std::string name;               // as opened, with its extension
   std::shared_ptr<DbfFile> file;  // null: the table is closed
+  std::array<int, 3> date{};      // day, month, year as this user's open found them
   int rowsize = 1;
   int recno = 0;  // current record, from 1
   int cols = 0;

@@ -337,7 +337,9 @@ bool ndxAstray(const NdxFile& x) {
   return x.file && !x.Nno.empty() && x.version != x.file->version;
 }
 
-void ndxLeave(NdxFile& x) { _clear(x); }
+void ndxLeave(NdxFile& x) {
+  if (x.file) _clear(x);
+}
 
 bool ndxHasRno(NdxFile& x, int rno) {
   int at = ndxTop(x);
