@@ -106,12 +106,16 @@ TEST(Terminal, KeysAndLinesAlternate) {
   termios busy = {};
   tcgetattr(t.fd, &busy);
   EXPECT_EQ(busy.c_lflag & (ECHO | ICANON | ISIG), static_cast<tcflag_t>(ISIG));
-  // Typed ahead: what follows the q is a line.
-  EXPECT_TRUE(t.type("ab\rqcd", "")) << t.seen;
+  // Typed ahead: what follows the q is a line, shown and edited when it is read.
+  EXPECT_TRUE(
+      t.type("x\x15\x7fyz\x1b[D\x16\xc3\xa4\x7f\x7f"
+             "b\rqcde\x7f",
+             ""))
+      << t.seen;
   ASSERT_EQ(write(g_goOn[1], "gg", 2), 2);
-  EXPECT_TRUE(t.type("", "line[ab\r\n]keys<113>busyline")) << t.seen;
+  EXPECT_TRUE(t.type("", "linex\b \byz\xc3\xa4\b \b\b \bb\r\n[yb\r\n]keys<113>busyline")) << t.seen;
   EXPECT_NE(t.mode(), keyMode);
-  EXPECT_TRUE(t.type("xy\x7fz\n", "[cdxz\r\n]keys")) << t.seen;
+  EXPECT_TRUE(t.type("xy\x7fz\n", "xy\b \bz\r\n[cdxz\r\n]keys")) << t.seen;
   EXPECT_EQ(t.mode(), keyMode);
 }
 

@@ -3,9 +3,10 @@
 // Keys and lines come from one stream, the standard input, in the order in which they were typed
 // or piped in; both kinds of read share one buffer, so that they can alternate without losing a
 // byte. The terminal is in line mode with echo up to the first look for a key and from each read of
-// a line on: what is typed between two keys is neither echoed nor taken for line editing. It is put
-// back as it was found for each line, for another program, at the end of this one and when a signal
-// stops it.
+// a line on: what is typed between two keys is neither echoed nor edited by the terminal. A line
+// that was begun in this way is shown and edited when it is read, up to its end. The terminal is
+// put back as it was found for each line, for another program, at the end of this one and when a
+// signal stops it.
 #pragma once
 
 #include <cstddef>

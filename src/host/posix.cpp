@@ -213,6 +213,42 @@ bool _takeAlt() {
   return true;
 }
 
+// True when keys wait that the terminal didn't edit: they, and what is typed up to the end of their
+// line, are edited here. Otherwise the terminal goes over to line mode.
+bool _lineAhead() {
+  if (_mode == Mode::line) return false;
+  if (_have(0, 0)) return true;
+  PosixLineMode();
+  return false;
+}
+
+void _echo(const char* text) {
+  if (_found.c_lflag & ECHO) std::fputs(text, stdout);
+}
+
+void _eraseLetter(std::string& line) {
+  while (!line.empty() && (line.back() & 0xC0) == 0x80) line.pop_back();
+  if (line.empty()) return;
+  line.pop_back();
+  _echo("\b \b");
+}
+
+// Does with a key what the terminal does in line mode. Keys that are none of a line are passed
+// over.
+void _editLine(int c, std::string& line) {
+  if (c == '\b' || c == 127 || c == _found.c_cc[VERASE]) {
+    _eraseLetter(line);
+  } else if (c == _found.c_cc[VKILL]) {
+    while (!line.empty()) _eraseLetter(line);
+  } else if (c == keyEscape) {
+    _pos += FoldSequence(_ahead).length;
+  } else if (c == '\t' || c >= ' ') {
+    const char text[] = {static_cast<char>(c), 0};
+    line += text;
+    _echo(text);
+  }
+}
+
 }  // namespace
 
 void PosixLineMode() { _setMode(Mode::line); }
@@ -281,15 +317,16 @@ bool _kbhit() {
 }
 
 bool OS_ReadLine(size_t max, std::string& line) {
-  PosixLineMode();
+  const bool ahead = _lineAhead();
   line.clear();
   bool content = true;
-  for (size_t n = 0; n < max; ++n) {
+  for (size_t n = 0; n < max;) {
     int c = _take(_forever);
     if (_isTerminal()) {
       // Keys typed ahead in key mode aren't what line mode makes of them.
       if (c == '\r') c = '\n';
       if (c == _endOfFileKey) c = keyEnd;
+      if (ahead && c == '\n') _echo("\n");
     } else if (c == _endMark) {
       _ended = true;
       _pos = _end;
@@ -298,6 +335,12 @@ bool OS_ReadLine(size_t max, std::string& line) {
       c = _buf[_pos++];
     }
     if (c == keyEnd) return n > 0 && !_interrupted;
+    if (ahead && c != '\n') {
+      _editLine(c, line);
+      n = line.size();
+      continue;
+    }
+    ++n;
     if (c == 0) content = false;
     if (content || c == '\n') line += static_cast<char>(c);
     if (c == '\n') return true;
