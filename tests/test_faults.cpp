@@ -532,7 +532,8 @@ struct Histories : Faults {
       Told("PACK", !built);
     if (!built) {
       EXPECT_TRUE(Marked("F.ndx"));
-      Told("SET INDEX TO N,G", false);
+      Told("SET INDEX TO N,G", true);
+      Told("REINDEX", false);
       m.attached = 2;
     }
     if (!m.recs.empty()) Place(1, rec());

@@ -52,15 +52,14 @@ void OpRemove(Operands&) {
   if (DbChk()) dbRemove(selectedArea);
 }
 
-// The indexes are built anew also behind a pack that broke off: it may have moved records. When
-// one can't be built, all are closed: the old file leads to the wrong records.
+// When an index can't be built, all are closed: the old file leads to the wrong records. The others
+// then miss what changes next, so all stay marked.
 void OpPack(Operands&) {
-  if (!DbChk()) return;
-  const bool packed = dbPack(selectedArea) == 0;
-  const FirstErr first;
-  if (packed && g_opt[optTALK])
-    std::printf("PACK COMPLETE, %05d RECORDS COPIED\n", dbRMAX(selectedArea));
-  if (dbReindex(g_opt[optTALK], true) != 0) dbClrShared(selectedArea);
+  if (!DbChk() || dbPack(selectedArea) != 0) return;
+  if (g_opt[optTALK]) std::printf("PACK COMPLETE, %05d RECORDS COPIED\n", dbRMAX(selectedArea));
+  if (dbReindex(g_opt[optTALK], true) == 0) return;
+  dbStale(selectedArea);
+  dbClrShared(selectedArea);
 }
 
 }  // namespace mox

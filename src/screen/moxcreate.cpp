@@ -191,7 +191,10 @@ int MoxModiStru() {
     return -1;
   }
   // No record is left to be found; an index that doesn't know of it would lead to none.
-  if (result == 0 && dbReindex(false) != 0) dbClrIndex(selectedArea);
+  if (result == 0 && dbReindex(false) != 0) {
+    dbStale(selectedArea);
+    dbClrIndex(selectedArea);
+  }
   dbTop(selectedArea);
   return result;
 }
