@@ -10,7 +10,9 @@
 #include <utmp.h>
 #include <vterm.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <system_error>
 #if __has_include(<pty.h>)
 #include <pty.h>
@@ -25,14 +27,31 @@ constexpr int kLongQuiet = 1000;  // of one of which it can't be seen that it wa
 constexpr auto kLimit = std::chrono::seconds(10);
 using Clock = std::chrono::steady_clock;
 
+// Tests leave what a user's prompt remembers alone.
+[[maybe_unused]] const int kNoHistory = setenv("MOX_HISTORY", "off", 1);
+
+// Bytes of a text ahead of a letter of UTF-8 that isn't complete at its end, which the emulator
+// would take for something else.
+size_t WholeLetters(const std::string& text) {
+  for (size_t tail = 1; tail <= 3 && tail <= text.size(); ++tail) {
+    const unsigned char c = static_cast<unsigned char>(text[text.size() - tail]);
+    const size_t size = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : c >= 0xC0 ? 2 : 1;
+    if (size > tail) return text.size() - tail;
+    if (size > 1) break;
+  }
+  return text.size();
+}
+
 }  // namespace
 
 struct Screen::Terminal {
   int master = -1, slave = -1;
   pid_t pid = -1;
-  const int rows = 24, cols = 80;
+  const int rows = 24;
+  int cols = 80;
   VTerm* vt = vterm_new(rows, cols);
   VTermScreen* screen = vterm_obtain_screen(vt);
+  std::string text{};  // read and not yet fed
 
   ~Terminal() {
     if (pid > 0) {
@@ -43,8 +62,11 @@ struct Screen::Terminal {
     if (slave >= 0) close(slave);
     vterm_free(vt);
   }
+  winsize Size() const {
+    return {static_cast<unsigned short>(rows), static_cast<unsigned short>(cols), 0, 0};
+  }
   bool Open() {
-    winsize size{static_cast<unsigned short>(rows), static_cast<unsigned short>(cols), 0, 0};
+    winsize size = Size();
     return openpty(&master, &slave, nullptr, nullptr, &size) == 0 &&
            fcntl(master, F_SETFL, O_NONBLOCK) == 0;
   }
@@ -55,7 +77,10 @@ struct Screen::Terminal {
     char bytes[4096];
     const ssize_t n = read(master, bytes, sizeof bytes);
     if (n <= 0) return false;
-    vterm_input_write(vt, bytes, static_cast<size_t>(n));
+    text.append(bytes, static_cast<size_t>(n));
+    const size_t whole = WholeLetters(text);
+    vterm_input_write(vt, text.data(), whole);
+    text.erase(0, whole);
     return true;
   }
   bool TookAll() const {
@@ -71,6 +96,7 @@ struct Screen::Terminal {
     termios mode;
     if (!TookAll() || tcgetattr(slave, &mode) != 0) return false;
     if (!(mode.c_lflag & (ICANON | ISIG))) return true;
+    if (!(mode.c_lflag & ICANON) && mode.c_cc[VSUSP] != _POSIX_VDISABLE) return true;  // a line
     VTermPos pos;
     vterm_state_get_cursorpos(vterm_obtain_state(vt), &pos);
     VTermScreenCell cell;
@@ -93,6 +119,7 @@ Screen::Screen(std::string program, std::vector<std::string> args, const std::fi
     throw std::system_error(errno, std::generic_category(), "a program on a terminal");
   if (t_->pid == 0) {
     close(t_->master);
+    setenv("TERM", "xterm", 1);
     if (login_tty(t_->slave) != 0 || chdir(dir.c_str()) != 0) _exit(126);
     execv(program.c_str(), argv.data());
     _exit(127);
@@ -103,6 +130,14 @@ Screen::Screen(std::string program, std::vector<std::string> args, const std::fi
 Screen::~Screen() = default;
 
 bool Screen::Possible() { return Terminal().Open(); }
+
+void Screen::Resize(int cols) {
+  t_->cols = cols;
+  const winsize size = t_->Size();
+  vterm_set_size(t_->vt, t_->rows, cols);
+  ioctl(t_->master, TIOCSWINSZ, &size);
+  Type("");
+}
 
 void Screen::Type(const std::string& keys) {
   const auto end = Clock::now() + kLimit;
@@ -125,15 +160,21 @@ void Screen::Type(const std::string& keys) {
   }
 }
 
-bool Screen::Sees(int row, int col, const std::string& text) {
+bool Screen::Until(const std::function<bool()>& seen) {
   const auto end = Clock::now() + kLimit;
-  for (;;) {
-    std::string line = Row(row);
-    line.resize(static_cast<size_t>(t_->cols), ' ');
-    if (line.compare(static_cast<size_t>(col), text.size(), text) == 0) return true;
+  while (!seen()) {
     if (Clock::now() > end) return false;
     t_->Read(kQuiet);
   }
+  return true;
+}
+
+bool Screen::Sees(int row, int col, const std::string& text) {
+  return Until([&] {
+    std::string line = Row(row);
+    line.resize(std::max(line.size(), static_cast<size_t>(col) + text.size()), ' ');
+    return line.compare(static_cast<size_t>(col), text.size(), text) == 0;
+  });
 }
 
 std::string Screen::Row(int row, bool reverse) const {

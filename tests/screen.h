@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,9 +17,12 @@ class Screen {
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
+  void Resize(int cols);  // gives the terminal another width
   // Types keys and waits until the program has taken them and prints no more.
   void Type(const std::string& keys);
-  // Reads on until the text stands at the place; false after 10 seconds without it.
+  // Reads on until something can be seen; false after 10 seconds without it.
+  bool Until(const std::function<bool()>& seen);
+  // The same for a text at a place.
   bool Sees(int row, int col, const std::string& text);
   // The cells of a row as a text, blanks on the right left out; with reverse, only those cells
   // that are dark on a light ground, a blank there as _, the others as blanks.

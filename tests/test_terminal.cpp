@@ -1,4 +1,4 @@
-// The host's keys and lines, and Ctrl-C, on a pseudo-terminal.
+// The host's keys and lines, its modes and signals, on a pseudo-terminal.
 #include <gtest/gtest.h>
 
 #if __has_include(<pty.h>)
@@ -26,14 +26,21 @@ struct Terminal {
   pid_t pid;
   int fd = -1;
   std::string seen;
+  std::string all;    // that was ever seen
+  std::string found;  // the mode in which the program finds the terminal
 
   explicit Terminal(const std::function<void()>& program) {
     pid = forkpty(&fd, nullptr, nullptr, nullptr);
     if (pid == 0) {
+      raise(SIGSTOP);
       program();
       std::fflush(stdout);
       _exit(0);
     }
+    if (pid < 0) return;
+    waitpid(pid, nullptr, WUNTRACED);
+    found = mode();
+    kill(pid, SIGCONT);
   }
   ~Terminal() {
     if (pid < 0) return;
@@ -54,9 +61,22 @@ struct Terminal {
       const ssize_t n = read(fd, bytes, sizeof bytes);
       if (n <= 0) return false;
       seen.append(bytes, static_cast<size_t>(n));
+      all.append(bytes, static_cast<size_t>(n));
     }
     seen.erase(0, at + text.size());
     return true;
+  }
+  // How the program ended: its exit status, or the signal.
+  int ended() {
+    siginfo_t end = {};
+    EXPECT_EQ(waitid(P_PID, static_cast<id_t>(pid), &end, WEXITED | WNOWAIT), 0);
+    return end.si_status;
+  }
+  // True when the mode soon is the one that was found, or another: it is set behind what is printed.
+  bool comesTo(bool asFound) const {
+    for (int ms = 0; ms < kPatience; ms += 10, poll(nullptr, 0, 10))
+      if ((mode() == found) == asFound) return true;
+    return false;
   }
   std::string mode() const {
     termios t = {};
@@ -80,6 +100,34 @@ void KeysAndLines() {
     if (!OS_ReadLine(80, line)) return;
     std::printf("[%s]", line.c_str());
   }
+}
+
+void Mox(const char* term) {
+  setenv("TERM", term, 1);
+  setenv("MOX_HISTORY", "off", 1);
+  execl(MOX_PROGRAM, MOX_PROGRAM, nullptr);
+}
+
+// Runs the program as a job, and continues it after an Enter when it has been stopped.
+void JobShell() {
+  signal(SIGTTOU, SIG_IGN);
+  const pid_t job = fork();
+  if (job == 0) {
+    setpgid(0, 0);
+    tcsetpgrp(STDIN_FILENO, getpid());
+    signal(SIGTTOU, SIG_DFL);
+    Mox("xterm");
+  }
+  int status = 0;
+  waitpid(job, &status, WUNTRACED);
+  tcsetpgrp(STDIN_FILENO, getpgrp());
+  std::printf("stopped by %d", WIFSTOPPED(status) ? WSTOPSIG(status) : -1);
+  std::fflush(stdout);
+  std::getchar();
+  tcsetpgrp(STDIN_FILENO, job);
+  kill(-job, SIGCONT);
+  waitpid(job, &status, 0);
+  std::printf("ended with %d", WEXITSTATUS(status));
 }
 
 }  // namespace
@@ -119,18 +167,16 @@ TEST(Terminal, KeysAndLinesAlternate) {
   EXPECT_EQ(t.mode(), keyMode);
 }
 
+// On a terminal that can't move its cursor lines are the terminal's, and it stands as it was found
+// whenever the prompt is back. On others it does whenever no line or key is awaited.
 TEST(Terminal, InterruptsAndSignals) {
   const TempDir folder;
   PutBytes("poll.cmd", "? 6*8\nDO WHILE INKEY()<>\"q\"\nENDDO\n");
   PutBytes("loop.cmd", "? 6*7\nDO WHILE 1=1\nENDDO\n");
   PutBytes("keys.cmd", "DO WHILE 1=1\nWAIT\nENDDO\n");
-  Terminal t([] { execl(MOX_PROGRAM, MOX_PROGRAM, nullptr); });
-  if (t.pid < 0) GTEST_SKIP() << "No pseudo-terminal can be had here";
-  ASSERT_TRUE(t.type("", ". "));
-  const std::string found = t.mode();
   const std::string interrupt = "\x03", stopped = "\n*** INTERRUPTED \r\n. ";
-  // Whenever the prompt is back the terminal is as it was found.
   const std::pair<std::string, std::string> cases[] = {
+      {"", ". "},
       {"IF 1=1\n", "> "},
       {"? 8" + interrupt, "^C\r\n. "},
       {"DO loop\n", "42"},
@@ -145,17 +191,66 @@ TEST(Terminal, InterruptsAndSignals) {
       {"? RUN(\"sh\",\"-c \"\"stty raw -echo; exit 4\"\"\")\n", "4 \r\n. "},
       {"STORE 1 TO V : @ 1,1 GET V : READ\n", ":\033[2;3H"},
   };
-  for (const auto& [keys, seen] : cases) {
-    ASSERT_TRUE(t.type(keys, seen)) << keys << t.seen;
-    EXPECT_TRUE(!seen.ends_with(". ") || t.mode() == found) << keys;
+  for (const std::string term : {"dumb", "xterm"}) {
+    Terminal t([&] { Mox(term.c_str()); });
+    if (t.pid < 0) GTEST_SKIP() << "No pseudo-terminal can be had here";
+    for (const auto& [keys, seen] : cases) {
+      ASSERT_TRUE(t.type(keys, seen)) << keys << t.seen;
+      if (seen == "42" || seen.ends_with(". ")) {
+        EXPECT_TRUE(t.comesTo(seen == "42" || term == "dumb")) << keys;
+      }
+    }
+    EXPECT_NE(t.mode(), t.found);
+    EXPECT_EQ(t.all.find("\x1b[?") == t.all.npos, term == "dumb");
+    ASSERT_EQ(kill(t.pid, SIGTERM), 0);
+    EXPECT_EQ(t.ended(), SIGTERM);
+    EXPECT_TRUE(t.type("", "\033[0m"));  // and the colours are taken back
+    EXPECT_EQ(t.mode(), t.found);
   }
-  EXPECT_NE(t.mode(), found);
-  siginfo_t end = {};
-  ASSERT_EQ(kill(t.pid, SIGTERM), 0);
-  ASSERT_EQ(waitid(P_PID, static_cast<id_t>(t.pid), &end, WEXITED | WNOWAIT), 0);
-  EXPECT_EQ(end.si_status, SIGTERM);
-  EXPECT_TRUE(t.type("", "\033[0m"));  // and the colours are taken back
-  EXPECT_EQ(t.mode(), found);
+}
+
+TEST(Terminal, EditedLineLeavesAsItCame) {
+  const std::string marks = "\x1b[?2004h", noMarks = "\x1b[?2004l";
+  {
+    Terminal t([] { Mox("xterm"); });
+    if (t.pid < 0) GTEST_SKIP() << "No pseudo-terminal can be had here";
+    ASSERT_TRUE(t.type("", ". " + marks));
+    // A line that is full: the bell, if it is on.
+    ASSERT_TRUE(t.type(std::string(140, 'x') + "\x01", "\x1b["));
+    ASSERT_TRUE(t.type("\x0bSET BELL ON\r", noMarks + ". " + marks));
+    EXPECT_EQ(t.all.find('\a'), t.all.npos);
+    ASSERT_TRUE(t.type(std::string(132, 'x'), "\a"));
+    // No sequence while the screen is off; the terminal edits.
+    ASSERT_TRUE(t.type("\x15SET SCREEN OFF\r", noMarks + ". "));
+    ASSERT_TRUE(t.type("SET SCREEN OX\x7fN\r", "\r\n. " + marks)) << t.seen;
+    kill(t.pid, SIGTERM);
+    EXPECT_EQ(t.ended(), SIGTERM);
+    EXPECT_TRUE(t.type("", noMarks));
+    EXPECT_EQ(t.mode(), t.found);
+  }
+  // The end of the input, typed ahead while another program has the terminal.
+  const TempDir folder;
+  PutBytes("f", "");
+  Terminal t([] { Mox("xterm"); });
+  ASSERT_TRUE(t.type("? RUN(\"sh\",\"-c 'echo go; while test -e f; do :; done'\")\r", "lgo"));
+  ASSERT_TRUE(t.type("\x04z", "z"));
+  fs::remove("f");
+  ASSERT_TRUE(t.type("", ". " + marks + noMarks + "\r\n")) << t.seen;
+  EXPECT_EQ(t.ended(), 0);
+  EXPECT_EQ(t.mode(), t.found);
+}
+
+TEST(Terminal, EditedLineIsStoppedAndContinued) {
+  Terminal t(JobShell);
+  if (t.pid < 0) GTEST_SKIP() << "No pseudo-terminal can be had here";
+  ASSERT_TRUE(t.type("", ". "));
+  ASSERT_TRUE(t.type("? 4\x02", "4\x1b[1D"));
+  ASSERT_TRUE(t.type("\x1a", "\x1b[?2004lstopped by " + std::to_string(SIGTSTP))) << t.seen;
+  EXPECT_EQ(t.mode(), t.found);
+  ASSERT_TRUE(t.type("\n", ". ? 4\x1b[1D")) << t.seen;
+  ASSERT_TRUE(t.type("2\r", "  24 ")) << t.seen;
+  ASSERT_TRUE(t.type("QUIT\r", "ended with 0"));
+  EXPECT_EQ(t.mode(), t.found);
 }
 
 }  // namespace mox

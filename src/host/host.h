@@ -3,13 +3,14 @@
 // Keys and lines come from one stream, the standard input, in the order in which they were typed
 // or piped in; both kinds of read share one buffer, so that they can alternate without losing a
 // byte. The terminal is in line mode with echo up to the first look for a key and from each read of
-// a line on: what is typed between two keys is neither echoed nor edited by the terminal. A line
-// that was begun in this way is shown and edited when it is read, up to its end. The terminal is
-// put back as it was found for each line, for another program, at the end of this one and when a
-// signal stops it.
+// a line on: what is typed between two keys, and pasted over several lines, is neither echoed nor
+// edited by the terminal. A line that was begun in this way is shown and edited when it is read, up
+// to its end. The terminal is put back as it was found for each line that it edits, for another
+// program, at the end of this one and when a signal stops it.
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,29 @@ bool _kbhit();
 // longer line comes in several reads. CR LF is one line end. False at the end of the input, and
 // when Ctrl-C breaks the read off.
 bool OS_ReadLine(size_t max, std::string& line);
+
+// Editing a line key by key (screen/scr_line.h).
+//
+// True when input and output are a terminal that understands cursor sequences.
+bool OS_CanEdit();
+// Begins, with true, and ends the edit of one line. Meanwhile the terminal echoes nothing and tells
+// pasted text from typed keys; the keys that interrupt and suspend the program do so.
+void OS_EditLine(bool on);
+// Waits for one key: a control key as its code (Enter as 13, Backspace as 8), an extended key as
+// 256 and its scan code, or one of the codes below; 0 for a letter, whose bytes are then in letter,
+// or a byte alone that belongs to none. Keys that aren't known give nothing. Of pasted text, line
+// ends come as Enter and tabs as blanks, and other control characters don't come at all. keyEnd
+// also when Ctrl-C breaks the wait off.
+int OS_EditKey(std::string& letter);
+constexpr int keyResized = -2;    // the window has another size
+constexpr int keyContinued = -3;  // the program goes on in the foreground, and the line isn't there
+
+// A variable of the environment; none when it isn't set.
+std::optional<std::string> OS_Variable(const std::string& name);
+
+// The folder in which the user's programs keep what outlives a session, without a separator at its
+// end; empty when there is none.
+std::string OS_StateDir();
 
 // Ctrl-C. While a key is awaited it is a key as any other, but noted as well when it comes from a
 // terminal. At all other times, from OS_CatchInterrupt on, it is noted, and breaks off a read of a

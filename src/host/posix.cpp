@@ -6,10 +6,13 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <string_view>
 
 #include "host/file.h"
 #include "host/host.h"
@@ -23,15 +26,21 @@ namespace {
 constexpr int _endMark = 0x1A;
 constexpr int _endOfFileKey = 4;
 constexpr int _forever = -1;
+constexpr int _extended = 256;
 constexpr Window _usualWindow = {24, 80};
 constexpr int _sequenceWait = 50;  // ms in which the rest of an escape sequence arrives
+constexpr int _pasteWait = 1000;   // ms in which the rest of a pasted text arrives
+constexpr char _markPastes[] = "\033[?2004h", _markNoPastes[] = "\033[?2004l";
+constexpr std::string_view _pasteEnd = "\033[201~";
 
 // Bytes read and not yet taken: _buf[_pos] to _buf[_end - 1].
 unsigned char _buf[4096];
 size_t _pos = 0, _end = 0;
-bool _ended = false;   // the input, not a terminal, is at its end
-bool _skipLf = false;  // a line feed that comes next belongs to the carriage return before it
-int _scanCode = -1;    // second half of an extended key whose first was given
+bool _ended = false;     // the input, not a terminal, is at its end
+bool _skipLf = false;    // a line feed that comes next belongs to the carriage return before it
+int _scanCode = -1;      // second half of an extended key whose first was given
+bool _pasting = false;   // what comes is pasted, up to a mark
+bool _dropping = false;  // and not wanted any more
 
 bool _isTerminal() {
   static const bool terminal = isatty(STDIN_FILENO);
@@ -41,25 +50,39 @@ bool _isTerminal() {
 // How the terminal stands. In line mode it is as it was found. In key mode bytes come as they are
 // typed, without echo, and control keys are keys. Poll mode is the same, but Ctrl-C is a signal: a
 // program that has taken or looked for a key stays in it up to the next read of a line, so that
-// what is typed between two keys isn't echoed. A signal that stops this program meanwhile first
-// puts the terminal back.
-enum class Mode { line, poll, keys };
+// what is typed between two keys isn't echoed. In edit mode all keys that send signals do so, and
+// pasted text comes between marks. A signal that stops this program meanwhile first puts the
+// terminal back.
+enum class Mode { line, poll, edit, keys };
 volatile Mode _mode = Mode::line;
 termios _found, _set;
 constexpr int _stops[] = {SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
-struct sigaction _beforeStop[std::size(_stops)], _beforeContinue;
-bool _watching = false;  // the signals are taken over
+struct sigaction _beforeStop[std::size(_stops)], _beforeContinue, _beforeResize;
+int _lineBytes = 0;                // bytes that were typed ahead in line mode
+volatile sig_atomic_t _shown = 0;  // keyResized or keyContinued, for the edit of a line
+bool _watching = false;            // the signals are taken over
 const char* volatile _restoreText = nullptr;
 volatile sig_atomic_t _holdEnd = 0;
 volatile sig_atomic_t _endSignal = 0;  // which came meanwhile
 
+// For handlers of signals.
+void _write(const char* text) {
+  [[maybe_unused]] const ssize_t n = write(STDOUT_FILENO, text, std::strlen(text));
+}
+
 void _putBack() {
-  [[maybe_unused]] ssize_t n = 0;
-  if (_restoreText) n = write(STDOUT_FILENO, _restoreText, std::strlen(_restoreText));
+  if (_restoreText) _write(_restoreText);
+  if (_mode == Mode::edit) _write(_markNoPastes);
   if (_mode != Mode::line) tcsetattr(STDIN_FILENO, TCSANOW, &_found);
 }
 
-// Lets the signal do what it does by default. Only a stopped job comes back here.
+void _takeAgain() {
+  if (_mode != Mode::line) tcsetattr(STDIN_FILENO, TCSANOW, &_set);
+  if (_mode == Mode::edit) _write(_markPastes);
+}
+
+// Lets the signal do what it does by default. Only a stopped job comes back here, and one that
+// can't be stopped since nobody would continue it.
 void _onStop(int sig) {
   if (_holdEnd && (sig == SIGTERM || sig == SIGHUP)) {
     _endSignal = sig;
@@ -77,13 +100,19 @@ void _onStop(int sig) {
   sigprocmask(SIG_UNBLOCK, &set, &before);
   sigprocmask(SIG_SETMASK, &before, nullptr);
   sigaction(sig, &ours, nullptr);
+  _takeAgain();
   errno = error;
 }
 
 void _onContinue(int) {
   const int error = errno;
-  if (_mode != Mode::line) tcsetattr(STDIN_FILENO, TCSANOW, &_set);
+  _takeAgain();
+  _shown = keyContinued;
   errno = error;
+}
+
+void _onResize(int) {
+  if (!_shown) _shown = keyResized;
 }
 
 // Takes a signal over unless it is ignored.
@@ -111,24 +140,44 @@ void _watch(bool on) {
 
 void _watchIfNeeded() { _watch(_mode != Mode::line || _restoreText || _holdEnd); }
 
+// The terminal's settings in a mode.
+termios _settings(Mode mode) {
+  termios form = _found;
+  if (mode == Mode::line) return form;
+  form.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | IEXTEN | (mode == Mode::keys ? ISIG : 0));
+  form.c_iflag &= ~static_cast<tcflag_t>(IXON | ICRNL | INLCR | IGNCR | ISTRIP);
+  form.c_cc[VMIN] = 1;
+  form.c_cc[VTIME] = 0;
+  if (mode != Mode::edit) form.c_cc[VSUSP] = form.c_cc[VQUIT] = _POSIX_VDISABLE;
+  return form;
+}
+
+// Begins and ends what edit mode has beyond the terminal's settings, behind all earlier output.
+void _watchEdit(bool on) {
+  std::fflush(stdout);
+  _write(on ? _markPastes : _markNoPastes);
+  _shown = 0;
+  if (on)
+    _handle(SIGWINCH, _onResize, _beforeResize);
+  else
+    sigaction(SIGWINCH, &_beforeResize, nullptr);
+}
+
 void _setMode(Mode mode) {
-  if (mode == _mode || !_isTerminal()) return;
-  if (_mode == Mode::line) {
+  const Mode before = _mode;
+  if (mode == before || !_isTerminal()) return;
+  if (before == Mode::line) {
     if (tcgetattr(STDIN_FILENO, &_found) != 0) return;
     _set = _found;
     _watch(true);
   }
-  if (mode != Mode::line) {
-    termios raw = _found;
-    raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | IEXTEN | (mode == Mode::keys ? ISIG : 0));
-    raw.c_iflag &= ~static_cast<tcflag_t>(IXON | ICRNL | INLCR | IGNCR | ISTRIP);
-    raw.c_cc[VMIN] = 1;
-    raw.c_cc[VTIME] = 0;
-    raw.c_cc[VSUSP] = raw.c_cc[VQUIT] = _POSIX_VDISABLE;
-    _set = raw;
-  }
+  if (before == Mode::edit) _watchEdit(false);
+  _set = _settings(mode);
   _mode = mode;
-  tcsetattr(STDIN_FILENO, TCSANOW, mode == Mode::line ? &_found : &_set);
+  tcsetattr(STDIN_FILENO, TCSANOW, &_set);
+  _lineBytes = 0;
+  if (before == Mode::line && mode == Mode::edit) ioctl(STDIN_FILENO, FIONREAD, &_lineBytes);
+  if (mode == Mode::edit) _watchEdit(true);
   _watchIfNeeded();
 }
 
@@ -155,11 +204,11 @@ struct sigaction _beforeInterrupt;
 void _onInterrupt(int) { _interrupted = 1; }
 
 // True when input can be read within ms. Its end counts as input. False at once when Ctrl-C or the
-// end of the program breaks the wait off.
+// end of the program breaks the wait off, or a line that is edited must be shown anew.
 bool _waitInput(int ms) {
   pollfd fd = {STDIN_FILENO, POLLIN, 0};
   for (;;) {
-    if (_interrupted || _endSignal) return false;
+    if (_interrupted || _endSignal || (_mode == Mode::edit && _shown)) return false;
     const int ready = poll(&fd, 1, ms);
     if (ready >= 0 || errno != EINTR) return ready > 0;
   }
@@ -177,6 +226,10 @@ bool _fill(int ms) {
     if (!_waitInput(ms)) return false;
     const ssize_t n = read(STDIN_FILENO, _buf + _end, sizeof _buf - _end);
     if (n > 0) {
+      // Line mode keeps a zero byte for the key that ends the input.
+      const ssize_t ahead = std::min<ssize_t>(n, _lineBytes);
+      std::replace(_buf + _end, _buf + _end + ahead, 0, _endOfFileKey);
+      _lineBytes -= static_cast<int>(ahead);
       _end += static_cast<size_t>(n);
       return true;
     }
@@ -203,6 +256,21 @@ int _take(int ms) { return _have(0, ms) ? _buf[_pos++] : keyEnd; }
 
 // The i-th byte ahead of a key of several bytes, which comes in one go.
 int _ahead(size_t i) { return _have(i, _sequenceWait) ? _buf[_pos + i] : keyEnd; }
+
+// Takes the sequence behind an Escape.
+Sequence _takeSequence() {
+  const Sequence sequence = FoldSequence(_ahead);
+  _pos += sequence.length;
+  if (sequence.key >= pasteBegin) _pasting = sequence.key == pasteBegin;
+  return sequence;
+}
+
+// Drops the rest of a pasted text.
+void _dropPaste() {
+  while (_pasting && _have(0, _pasteWait))
+    if (_take(0) == keyEscape) _takeSequence();
+  _pasting = _dropping = false;
+}
 
 // Takes the letter that was typed with the Alt key, which comes together with an Escape: false when
 // there is none, as on input that isn't a terminal.
@@ -300,9 +368,9 @@ int _getch() {
   _pos += tail;
   if (tail > 0) return keyOther;
   if (c != keyEscape) return c;
-  const Sequence sequence = FoldSequence(_ahead);
+  const Sequence sequence = _takeSequence();
   if (sequence.scanCode < 0) return _takeAlt() ? keyOther : c;
-  _pos += sequence.length;
+  if (sequence.key >= pasteBegin) return _isTerminal() ? _getch() : keyOther;
   if (sequence.scanCode == 0) return sequence.key;
   _scanCode = sequence.scanCode;
   return FirstHalf(_scanCode);
@@ -348,6 +416,54 @@ bool OS_ReadLine(size_t max, std::string& line) {
   return max > 0;
 }
 
+bool OS_CanEdit() {
+  static const bool can = [] {
+    const char* const term = std::getenv("TERM");
+    const std::string_view name = term ? term : "";
+    return _isTerminal() && isatty(STDOUT_FILENO) && !name.empty() && name != "dumb";
+  }();
+  return can;
+}
+
+void OS_EditLine(bool on) {
+  if (_pasting && _end - _pos >= _pasteEnd.size() &&
+      std::equal(_pasteEnd.begin(), _pasteEnd.end(), _buf + _pos)) {
+    _pos += _pasteEnd.size();
+    _pasting = false;
+  }
+  _setMode(on ? Mode::edit : _pasting ? Mode::poll : Mode::line);
+}
+
+int OS_EditKey(std::string& letter) {
+  for (;;) {
+    if (_dropping) _dropPaste();
+    if (_pasting && !_have(0, _pasteWait) && !_shown) _pasting = false;
+    int key = _shown ? keyEnd : _take(_forever);
+    if (key == keyEnd && _shown && !_interrupted && !_endSignal) {
+      const int shown = _shown;
+      _shown = 0;
+      return shown;
+    }
+    if (key == keyEscape) {
+      const Sequence sequence = _takeSequence();
+      if (sequence.scanCode < 0) _takeAlt();
+      if (sequence.scanCode > 0 && !_pasting) return _extended + sequence.scanCode;
+      if (sequence.scanCode != 0 || sequence.key >= keyOther) continue;
+      key = sequence.key;  // of the keypad
+    }
+    if (key == '\r') _skipLf = _pasting;
+    if (key == '\n') key = '\r';
+    if (key == 127) key = '\b';
+    if (key >= ' ' || (_pasting && key == '\t')) {
+      letter = key == '\t' ? ' ' : static_cast<char>(key);
+      for (size_t tail = LetterTail(key, _ahead); tail > 0; --tail)
+        letter += static_cast<char>(_take(0));
+      return 0;
+    }
+    if (key < 0 || key == '\r' || (!_pasting && key > 0)) return key;
+  }
+}
+
 void OS_CatchInterrupt() { _handle(SIGINT, _onInterrupt, _beforeInterrupt); }
 
 bool OS_Interrupted() { return _interrupted || _interruptKey; }
@@ -359,6 +475,7 @@ void OS_ForgetInterrupt() {
   _pos = _end;
   _skipLf = false;
   _scanCode = -1;
+  _dropping = _pasting;
   _ended = _ended || !_isTerminal();
 }
 

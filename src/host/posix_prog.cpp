@@ -117,6 +117,21 @@ int OS_RunProgWait(const std::string& program, const std::string& args, int) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+std::optional<std::string> OS_Variable(const std::string& name) {
+  const char* const value = std::getenv(name.c_str());
+  if (!value) return std::nullopt;
+  return value;
+}
+
+std::string OS_StateDir() {
+  for (const auto& [name, below] :
+       {std::pair("XDG_STATE_HOME", ""), std::pair("HOME", "/.local/state")}) {
+    const auto folder = OS_Variable(name);
+    if (folder && folder->starts_with('/')) return *folder + below;
+  }
+  return {};
+}
+
 std::string OS_GetProgDir() {
   std::error_code ec;
   const auto path = std::filesystem::read_symlink("/proc/self/exe", ec);

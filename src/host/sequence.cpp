@@ -59,8 +59,10 @@ std::string _plain(std::string sequence) {
   return sequence += final;
 }
 
-// What a key of the keypad types when the terminal sends it as "O" and the character plus 64.
-int _keypad(const std::string& sequence) {
+// What a key without a scan code types: one of the keypad comes as "O" and the character plus 64.
+int _typed(const std::string& sequence) {
+  if (sequence == "[200~") return pasteBegin;
+  if (sequence == "[201~") return pasteEnd;
   const char final = sequence.back();
   const bool known = sequence[0] == 'O' && ((final >= 'j' && final <= 'y') || final == 'M');
   return known ? final - 64 : keyOther;
@@ -74,7 +76,7 @@ Sequence FoldSequence(int (*ahead)(size_t i)) {
   const std::string plain = _plain(sequence);
   for (const Known& known : _sequences)
     if (known.text == plain) return {known.scanCode, keyOther, sequence.size()};
-  return {0, _keypad(plain), sequence.size()};
+  return {0, _typed(plain), sequence.size()};
 }
 
 size_t LetterTail(int first, int (*ahead)(size_t i)) {

@@ -8,12 +8,16 @@ namespace mox {
 
 constexpr int keyEscape = 27;
 
+// In place of a key: a terminal that is asked to tells where a pasted text begins and ends.
+constexpr int pasteBegin = 256;
+constexpr int pasteEnd = 257;
+
 // In what follows, ahead(i) gives the i-th byte behind one that was taken, or keyEnd when it
 // doesn't come at once.
 
 struct Sequence {
   int scanCode;   // 0 for a key that has none; -1 when no sequence follows the Escape
-  int key;        // of a key without a scan code: what it types, or keyOther
+  int key;        // of a key without a scan code: what it types, keyOther, or a mark of a paste
   size_t length;  // how many bytes behind the Escape to drop, 0 with a scan code of -1
 };
 

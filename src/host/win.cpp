@@ -6,11 +6,13 @@
 #include <io.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "host/file.h"
 #include "host/host.h"
@@ -21,6 +23,8 @@ namespace mox {
 namespace {
 
 constexpr int _endMark = 0x1A;
+constexpr int _endOfFileKey = 4;
+constexpr int _extended = 256;
 constexpr int _forever = -1;
 constexpr int _sequenceWait = 50;  // ms in which the rest of an escape sequence arrives
 constexpr DWORD _pollEvery = 5;    // ms between two looks at a pipe
@@ -214,13 +218,15 @@ Typed _typed(const INPUT_RECORD& event) {
   return {};
 }
 
-// Key mode: Ctrl-C and Ctrl-S are keys like others. The object holds the console in this mode.
+// Key mode: Ctrl-C and Ctrl-S are keys like others, and a change of the window's size is told. The
+// object holds the console in this mode.
 class KeyMode {
  public:
   KeyMode() {
     GetConsoleMode(_input(), &_found);
-    SetConsoleMode(_input(), _found & ~static_cast<DWORD>(ENABLE_PROCESSED_INPUT |
-                                                          ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT));
+    SetConsoleMode(_input(), (_found | ENABLE_WINDOW_INPUT) &
+                                 ~static_cast<DWORD>(ENABLE_PROCESSED_INPUT | ENABLE_LINE_INPUT |
+                                                     ENABLE_ECHO_INPUT));
   }
   ~KeyMode() { SetConsoleMode(_input(), _found); }
   KeyMode(const KeyMode&) = delete;
@@ -230,8 +236,9 @@ class KeyMode {
   DWORD _found = 0;
 };
 
-// The next key of the console: its first byte, the others in the buffer or in _scanCode.
-int _consoleKey() {
+// The next key of the console: its first byte, the others in the buffer or in _scanCode; or
+// keyResized, if that is asked for.
+int _consoleKey(bool tellResize = false) {
   OS_CountWait();
   std::fflush(nullptr);
   const KeyMode mode;
@@ -240,6 +247,7 @@ int _consoleKey() {
     INPUT_RECORD event;
     DWORD n = 0;
     if (!ReadConsoleInputW(_input(), &event, 1, &n) || n == 0) return keyEnd;
+    if (event.EventType == WINDOW_BUFFER_SIZE_EVENT && tellResize) return keyResized;
     const Typed typed = _typed(event);
     if (typed.scanCode) {
       _scanCode = typed.scanCode;
@@ -313,9 +321,40 @@ int _getch() {
   const Sequence sequence = FoldSequence(_ahead);
   if (sequence.scanCode < 0) return c;
   _pos += sequence.length;
-  if (sequence.scanCode == 0) return sequence.key;
+  if (sequence.scanCode == 0) return std::min(sequence.key, keyOther);
   _scanCode = sequence.scanCode;
   return FirstHalf(_scanCode);
+}
+
+// The console's own editing, with its recall of lines, is for lines that it reads itself.
+bool OS_CanEdit() {
+  DWORD mode = 0;
+  const char* const term = std::getenv("TERM");
+  return _isConsole() && GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) &&
+         (mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) &&
+         std::string_view(term ? term : "") != "dumb";
+}
+
+void OS_EditLine(bool) { std::fflush(stdout); }
+
+int OS_EditKey(std::string& letter) {
+  for (;;) {
+    const bool event = _pos == _buf.size();
+    const int key = event ? _consoleKey(true) : _byte(_pos++);
+    if (event && _scanCode >= 0) return _extended + std::exchange(_scanCode, -1);
+    if (key == keyInterrupt) {
+      _interrupted = true;
+      return keyEnd;
+    }
+    if (key == keyEscape || key == 0) continue;
+    if (key == '\n') return '\r';
+    if (key == _endMark) return _endOfFileKey;
+    if (key < ' ') return key;
+    letter = static_cast<char>(key);
+    for (size_t tail = LetterTail(key, _ahead); tail > 0; --tail)
+      letter += static_cast<char>(_byte(_pos++));
+    return 0;
+  }
 }
 
 // The console keeps keys as they are typed, whatever the mode, up to the read.

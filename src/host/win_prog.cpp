@@ -42,6 +42,14 @@ int OS_RunProgWait(const std::string& program, const std::string& args, int mode
   return known ? static_cast<int>(code) : -1;
 }
 
+std::optional<std::string> OS_Variable(const std::string& name) {
+  const wchar_t* const value = _wgetenv(PathOf(name).c_str());
+  if (!value) return std::nullopt;
+  return TextOf(value);
+}
+
+std::string OS_StateDir() { return OS_Variable("LOCALAPPDATA").value_or(""); }
+
 std::string OS_GetProgDir() {
   constexpr DWORD longest = 32768;
   std::wstring name(longest, L'\0');

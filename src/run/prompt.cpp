@@ -7,10 +7,11 @@
 #include "lang/compile.h"
 #include "lang/mox_gmr.h"
 #include "run/run.h"
+#include "run/run_complete.h"
 #include "run/run_expr.h"
 #include "screen/moxread.h"
+#include "screen/scr_line.h"
 #include "session/error.h"
-#include "session/files.h"
 #include "session/options.h"
 #include "session/session.h"
 #include "store/db.h"
@@ -30,7 +31,7 @@ bool _askCommand(Lines& lines, Lines& steps) {
     }
     std::printf("%c ", prompt);
     std::string line;
-    if (!OS_ReadLine(maxLine, line)) {
+    if (!ScrReadCommand(prompt, CompleteLine, line)) {
       std::printf("\n");
       if (!OS_Interrupted()) InputEnded();  // after Ctrl-C a fresh prompt comes, without an error
       return false;

@@ -8,8 +8,8 @@
 #include "run/handlers.h"
 #include "run/run_out.h"
 #include "run/run_var.h"
+#include "screen/scr_line.h"
 #include "session/error.h"
-#include "session/files.h"
 #include "session/number.h"
 #include "session/options.h"
 #include "session/session.h"
@@ -19,14 +19,16 @@ namespace mox {
 
 namespace {
 
-void _askFor(const std::string& prompt) {
-  PrTxt(qs2s(prompt));
-  PrTxt(":");
+// Asks, and gives what the console shows of the question.
+std::string _askFor(const std::string& prompt) {
+  const std::string question = qs2s(prompt) + ":";
+  PrTxt(question);
+  return g_opt[optCONSOLE] ? question : "";
 }
 
 // Reads what is typed: false when the run ends here, by the end of the input or by Ctrl-C.
-bool _readTyped(std::string& line) {
-  if (OS_ReadLine(maxLine, line)) {
+bool _readTyped(std::string_view question, std::string& line) {
+  if (ScrReadAnswer(question, line)) {
     rm_nl(line);
     return true;
   }
@@ -55,16 +57,15 @@ int AskWait() {
 
 void OpAccept(Operands& o) {
   std::string line;
-  _askFor(o.text());
-  if (_readTyped(line)) o.result(s2qs(line));
+  if (_readTyped(_askFor(o.text()), line)) o.result(s2qs(line));
 }
 
 void OpInput(Operands& o) {
-  std::string line;
-  _askFor(o.text());
-  while (_readTyped(line)) {
+  std::string line, question = _askFor(o.text());
+  while (_readTyped(question, line)) {
     if (_isInput(line)) return o.result(line);
-    std::printf("INPUT ERROR, RE-ENTER:");
+    question = "INPUT ERROR, RE-ENTER:";
+    std::printf("%s", question.c_str());
   }
 }
 

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/host.h"
 #include "screen/scr.h"
+#include "screen/scr_line.h"
 #include "session/error.h"
 #include "session/files.h"
 #include "session/number.h"
@@ -63,9 +63,10 @@ int _CrFld(const Lines& words, FieldDef& field) {
 bool _askFields(std::vector<FieldDef>& fields) {
   std::printf("ENTER RECORD STRUCTURE AS FOLLOWS:\n FIELD   NAME,TYPE,WIDTH,DECIMAL PLACES\n");
   while (fields.size() < static_cast<size_t>(maxFields)) {
-    std::printf(" %03d     ", static_cast<int>(fields.size()) + 1);
+    const std::string question = StrFmt(" %03d     ", static_cast<int>(fields.size()) + 1);
+    std::printf("%s", question.c_str());
     std::string line;
-    if (!OS_ReadLine(maxLine, line)) {
+    if (!ScrReadAnswer(question, line)) {
       std::printf("\n");
       return false;
     }

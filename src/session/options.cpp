@@ -26,6 +26,8 @@ void OptDefaults() {
   for (OptSlot on : {optCOLON, optCONSOLE, optINTENSITY, optSCREEN, optTALK}) g_opt[on] = 1;
 }
 
+std::string_view OptName(int slot) { return optNames[slot]; }
+
 int OptFind(std::string_view name) {
   for (int i = 0; i < optNamed; ++i)
     if (StrICmp(name, optNames[i]) == 0) return i;

@@ -25,6 +25,8 @@ extern std::string g_optval[optSlots];  // an unset text is empty
 
 void OptDefaults();
 
+std::string_view OptName(int slot);  // of one of the named
+
 // Slot of a name, compared ignoring case and otherwise whole; -1 when there is none.
 int OptFind(std::string_view name);
 
