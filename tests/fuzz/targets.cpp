@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "../temp_dir.h"
 #include "host/host.h"
 #include "lang/compile.h"
@@ -28,7 +30,7 @@ void RunEach(const std::string& statements) {
   for (const std::string& s : split(statements, "\n")) Run(s);
 }
 void Type(const std::string& bytes) {
-  const size_t most = 4000;  // what the pipe surely holds
+  const size_t most = 4096;  // what the pipe surely holds
   const ssize_t n = write(keys[1], bytes.data(), std::min(bytes.size(), most));
   static_cast<void>(n);
 }
@@ -92,15 +94,21 @@ void FixedText(const std::string& bytes) { Text(bytes, ""); }
 void DelimitedText(const std::string& bytes) { Text(bytes, " DELIMITED"); }
 void Keys(const std::string& bytes) {
   static const char* const screens[] = {
-      "EDIT 2",           "BROWSE",
-      "MODIFY COMMAND P", "MODIFY STRUCTURE",
-      "APPEND",           "@ 1,1 GET N\n@ 2,1 GET A\n@ 3,1 GET Y PICTURE \"A9!X\"\nREAD",
-      "CREATE E",         "SET STEP ON\nDO P"};
+      "EDIT 2",
+      "BROWSE",
+      "MODIFY COMMAND P",
+      "MODIFY STRUCTURE",
+      "APPEND",
+      "CREATE E",
+      "@ 1,1 GET N\n@ 2,1 GET A\n@ 3,1 GET Y PICTURE \"A9!X\"\nREAD"};
   Table();
   PutBytes("P.cmd", "? 1\n? 2\n");
   Run("USE T INDEX N,A");
-  Type(bytes.substr(std::min<size_t>(1, bytes.size())) + std::string(9, '\x17') + "\n\n");
-  RunEach(screens[bytes.empty() ? 0 : (bytes[0] & 7)]);
+  std::string typed = bytes.substr(std::min<size_t>(1, bytes.size()), 2000);
+  std::replace(typed.begin(), typed.end(), '\x1A', 'x');    // a line that ends the input for good
+  for (int i = 0; i < 300; ++i) typed += "\x17\n\n\x1B\n";  // ends whatever still asks
+  Type(typed);
+  RunEach(screens[bytes.empty() ? 0 : (bytes[0] & 255) % std::size(screens)]);
   Drain();
 }
 
@@ -140,7 +148,7 @@ std::vector<std::string> TextSeeds() {
 }
 std::vector<std::string> KeySeeds() {
   std::vector<std::string> seeds;
-  for (char screen = 0; screen < 8; ++screen)
+  for (char screen = 0; screen < 7; ++screen)
     for (const char* text :
          {"abc\r12\rT\rY\x17", "\x1B[A\x1B[B\x1B[C\x1B[D\x16x\x07\x08\x15\x18\x05",
           "Yx\r\r\x1BOP\x1B[3~\xE0H\n1\n\x11"})
@@ -159,6 +167,7 @@ const std::vector<FuzzTarget> fuzzTargets = {
 
 void FuzzBegin() {
   if (pipe(keys) != 0 || dup2(keys[0], STDIN_FILENO) < 0 ||
+      fcntl(keys[1], F_SETFL, O_NONBLOCK) != 0 ||
       dup2(open("/dev/null", O_WRONLY), STDOUT_FILENO) < 0)
     std::abort();
   SessionInit();
