@@ -27,8 +27,8 @@ bool _compared(Run& run, const Joint& j, bool truth) {
 
 bool _source(Run& run, Joint& j) { return !g_opt[optECHO] && !g_opt[optSTEP] && _done(run, j); }
 
-bool _pushNumber(Run& run, Joint& j) {
-  run.push() = j.number;
+bool _pushValue(Run& run, Joint& j) {
+  run.push() = j.value;
   return _done(run, j);
 }
 
@@ -58,7 +58,7 @@ bool _compare(Run& run, Joint& j) {
 bool _compareName(Run& run, Joint& j) {
   double x = 0;
   if (!GetNumber(j.name, x)) return false;
-  return _compared(run, j, CmpNumbers(x, j.number.number(), j.op));
+  return _compared(run, j, CmpNumbers(x, j.value.number(), j.op));
 }
 
 // The runs, a letter for each step, the longer before the shorter.
@@ -66,7 +66,8 @@ bool _compareName(Run& run, Joint& j) {
 //   N  PUSH of a name      G  GETV     C  CMP
 //   9  PUSH of a number    S  STORE    J  JPF
 //   1  PUSH of the 1       P  PUTV     +  ADD
-//   :  a source text         L  S2N
+//   Q  PUSH of a text        L  S2N
+//   :  a source text
 struct JoinRow {
   std::string_view steps;
   bool (*act)(Run& run, Joint& joint);
@@ -77,14 +78,16 @@ constexpr JoinRow rows[] = {
     {"N1G", _pushName},
     {"N1S", _store},
     {"N1P", _put},
-    {"91+", _pushNumber},
-    {"9L", _pushNumber},
+    {"91+", _pushValue},
+    {"9L", _pushValue},
     {"CJ", _compare},
+    {"Q", _pushValue},
     {":", _source},
 };
 
 char _pushed(std::string_view operand) {
   if (operand == "1") return '1';
+  if (operand.starts_with('"')) return s2qs(qs2s(operand)) == operand ? 'Q' : '-';
   const char first = operand.empty() || operand.find(',') != operand.npos ? '-' : operand[0];
   if (first >= '0' && first <= '9') return '9';
   return UpperChr(first) >= 'A' && UpperChr(first) <= '_' ? 'N' : '-';
@@ -121,12 +124,12 @@ std::shared_ptr<Joint> _joint(const JoinRow& row, const Step* step) {
   joint->act = row.act;
   joint->steps = static_cast<int>(row.steps.size());
   for (const char letter : row.steps) {
-    const Value operand(step->operand());
     switch (letter) {
       case 'N': joint->name.text = strUpper(step->operand()); break;
-      case '9': joint->number = operand; break;
-      case 'L': joint->number = ToNumber(joint->number); break;
-      case '+': joint->number = StrFmN1N2Op(joint->number, "1", '+'); break;
+      case 'Q': joint->value = Value::ofContent(qs2s(step->operand())); break;
+      case '9': joint->value = step->operand(); break;
+      case 'L': joint->value = ToNumber(joint->value); break;
+      case '+': joint->value = StrFmN1N2Op(joint->value, "1", '+'); break;
       case 'C': joint->op = step->number; break;
       case 'J': joint->target = step->number; break;
       default: break;

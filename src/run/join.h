@@ -37,7 +37,7 @@ struct Joint {
   bool (*act)(Run& run, Joint& joint);
   int steps;
   Name name;        // that the steps read or store into
-  Value number;     // that they push
+  Value value;      // that they push
   int op = -1;      // of CMP
   int target = -1;  // of JPF
 };

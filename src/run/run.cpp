@@ -173,7 +173,7 @@ void _dispatch(Run& run, const Step& step) {
 
 void _runStep(Run& run, const Step& step) {
   switch (step.core) {
-    case Core::PUSH: run.push() = step.operand(); break;
+    case Core::PUSH: run.push().setText(step.operand()); break;
     case Core::STOP:
     case Core::END: errnum = errEnd; break;
     case Core::LBL: _label(step.operand()); break;

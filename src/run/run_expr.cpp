@@ -75,7 +75,7 @@ Key MakeKey(const std::string& text) {
 }
 
 void OpEval(Operands& o) {
-  const std::string text = qs2s(o.text());
+  const std::string_view text = o.content();
   Value value;
   if (EvalExpr(text, maxMacro, value) == 0)
     o.result(std::move(value));
