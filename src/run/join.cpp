@@ -61,13 +61,34 @@ bool _compareName(Run& run, Joint& j) {
   return _compared(run, j, CmpNumbers(x, j.value.number(), j.op));
 }
 
+// Two truths, or one, as the machine mostly has them.
+template <class Op>
+bool _truths(Run& run, const Joint& j, int count, Op op) {
+  if (run.depth < count) return false;
+  Value& a = run.stk[static_cast<size_t>(run.depth - count)];
+  const Value& b = run.top();
+  if (!a.isTruth() || !b.isTruth()) return false;
+  a.setTruth(op(a.holds(), b.holds()));
+  run.depth -= count - 1;
+  return _done(run, j);
+}
+bool _and(Run& run, Joint& j) {
+  return _truths(run, j, 2, [](bool a, bool b) { return a && b; });
+}
+bool _or(Run& run, Joint& j) {
+  return _truths(run, j, 2, [](bool a, bool b) { return a || b; });
+}
+bool _not(Run& run, Joint& j) {
+  return _truths(run, j, 1, [](bool a, bool) { return !a; });
+}
+
 // The runs, a letter for each step, the longer before the shorter.
 //
 //   N  PUSH of a name      G  GETV     C  CMP
 //   9  PUSH of a number    S  STORE    J  JPF
 //   1  PUSH of the 1       P  PUTV     +  ADD
 //   Q  PUSH of a text        L  S2N
-//   :  a source text
+//   :  a source text         & | !  AND OR NOT
 struct JoinRow {
   std::string_view steps;
   bool (*act)(Run& run, Joint& joint);
@@ -83,6 +104,9 @@ constexpr JoinRow rows[] = {
     {"CJ", _compare},
     {"Q", _pushValue},
     {":", _source},
+    {"&", _and},
+    {"|", _or},
+    {"!", _not},
 };
 
 char _pushed(std::string_view operand) {
@@ -98,8 +122,8 @@ char _letter(const Step& step) {
     std::string_view word;
     char letter;
   };
-  static constexpr Word words[] = {
-      {"GETV", 'G'}, {"STORE", 'S'}, {"PUTV", 'P'}, {"ADD", '+'}, {"S2N", 'L'}};
+  static constexpr Word words[] = {{"GETV", 'G'}, {"STORE", 'S'}, {"PUTV", 'P'}, {"ADD", '+'},
+                                   {"AND", '&'},  {"OR", '|'},    {"NOT", '!'},  {"S2N", 'L'}};
   switch (step.core) {
     case Core::CMP: return step.number < 0 ? '-' : 'C';
     case Core::JPF: return 'J';

@@ -200,6 +200,8 @@ void _runJoints(Run& run) {
   }
 }
 
+std::string lastStep;  // of the last run, which may be gone
+
 bool busy = false;  // a question of single step, or a command typed at it, is under way
 
 }  // namespace
@@ -253,9 +255,8 @@ int doRun1(const Program& program, Stack& stk, RunOf what) {
     errnum = errNone;
     if (run.depth != (what == RunOf::expression)) IntErr(StrFmt("STACK DEPTH %d", run.depth));
   }
-  static std::string last;
-  last = errstep;
-  errstep = last;
+  lastStep = errstep;
+  errstep = lastStep;
   return run.depth;
 }
 

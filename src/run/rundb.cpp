@@ -109,9 +109,7 @@ std::string SourceText(const std::string& source) {
 
 int dspExpr(Expr& e) {
   if (ScanCompile(e) != 0) return -1;
-  Value value;
-  RunExpr(e, value);
-  SayVal(-1, value);
+  SayVal(-1, RunExpr(e));
   return 0;
 }
 

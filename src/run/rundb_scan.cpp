@@ -89,8 +89,7 @@ struct Sum {
 // Adds the expression's value, rounded to single precision: 0, or -1 when it doesn't compile.
 int CalcExprN(Sum& sum) {
   if (ScanCompile(sum.expr) != 0) return -1;
-  Value value;
-  RunExpr(sum.expr, value);
+  const Value& value = RunExpr(sum.expr);
   const Typ typ = value.typ();
   sum.length = std::max(sum.length, typ.length);
   sum.decimals = std::max(sum.decimals, typ.decimals);

@@ -144,11 +144,7 @@ double Value::numberInside() const {
 
 double Value::textNumber() const { return form_ == Form::content ? 0 : TxtToDbl(text_); }
 
-bool Value::holds() const {
-  if (form_ == Form::content) return false;
-  // A computed number is printed with a digit other than 0 first.
-  return form_ <= Form::digits ? TxtToInt(text_) != 0 : number_ != 0;
-}
+bool Value::textHolds() const { return form_ != Form::content && TxtToInt(text_) != 0; }
 
 Typ Value::typ() const {
   if (form_ == Form::truth) return {'L', 1, 0, 0};

@@ -104,12 +104,14 @@ class Value {
   double number() const { return isKnown() ? number_ : textNumber(); }
   // The same, of a quoted string that of its content.
   double numberInside() const;
-  // True when the integer that the text begins with isn't 0.
-  bool holds() const;
+  // True when the integer that the text begins with isn't 0. A computed number begins with a digit
+  // other than 0.
+  bool holds() const { return form_ > Form::digits ? number_ != 0 : textHolds(); }
   Typ typ() const;
   bool isQuoted() const {
     return form_ == Form::content || (form_ == Form::text && text_.starts_with('"'));
   }
+  bool isTruth() const { return form_ == Form::truth; }
   bool isContent() const { return form_ == Form::content; }
   // A number or a truth that is known without its text.
   bool isKnown() const { return form_ >= Form::digits; }
@@ -130,6 +132,7 @@ class Value {
   }
   bool hasText() const { return form_ <= Form::digits || made_; }
   double textNumber() const;
+  bool textHolds() const;
   void makeText() const;
 
   mutable Form form_ = Form::text;

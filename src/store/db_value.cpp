@@ -37,9 +37,10 @@ void dbFieldValue(int area, int field, Value& value) {
 
 bool dbFieldNumber(int area, int field, double& x) {
   DbfTable& t = db[area].table;
-  const std::string_view bytes = _bytes(t, field);
-  if (t.typ[field] != 'N' || bytes.starts_with('"')) return false;
-  x = TxtToDbl(bytes);
+  const char* const bytes = dbfRow(t).data() + t.pos[field];
+  const auto length = static_cast<size_t>(t.len[field]);
+  if (t.typ[field] != 'N' || (length > 0 && *bytes == '"')) return false;
+  x = TxtToDbl({bytes, length});  // it ends at a zero byte, too
   return true;
 }
 
