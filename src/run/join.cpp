@@ -138,9 +138,11 @@ char _letter(const Step& step) {
 
 // True when the letters begin with those of the row. 1 is a number like any other.
 bool _fits(std::string_view letters, std::string_view row) {
-  return letters.size() >= row.size() &&
-         std::equal(row.begin(), row.end(), letters.begin(),
-                    [](char a, char b) { return a == b || (a == '9' && b == '1'); });
+  for (size_t i = 0; i < row.size(); ++i) {
+    if (i == letters.size()) return false;
+    if (letters[i] != row[i] && !(row[i] == '9' && letters[i] == '1')) return false;
+  }
+  return true;
 }
 
 std::shared_ptr<Joint> _joint(const JoinRow& row, const Step* step) {
@@ -170,6 +172,7 @@ void JoinSteps(Program& program) {
   for (const Step& step : program) letters += _letter(step);
   for (size_t i = 0; i < program.size(); ++i) {
     const std::string_view here = std::string_view(letters).substr(i);
+    if (letters[i] == '-') continue;
     const auto fits = [here](const JoinRow& row) { return _fits(here, row.steps); };
     const JoinRow* const row = std::find_if(std::begin(rows), std::end(rows), fits);
     if (row != std::end(rows)) program[i].joint = _joint(*row, &program[i]);
