@@ -84,13 +84,6 @@ const Value& Operands::missing() {
   IntErr("NO SUCH OPERAND");
   return none;
 }
-
-std::string_view Operands::content() {
-  const Value& v = value();
-  std::string none;
-  return v.content(v.isContent() ? none : rooms_.emplace_front());
-}
-
 Lines Operands::list() {
   if (list_ == maxLists || next_ > depth_) return missing(), Lines();
   const auto first = stk_.begin() + next_;

@@ -76,7 +76,10 @@ class Operands {
   // and an internal error.
   const Value& value() { return next_ < depth_ ? stk_[static_cast<size_t>(next_++)] : missing(); }
   const std::string& text() { return value().text(); }
-  std::string_view content();
+  std::string_view content() {
+    const Value& v = value();
+    return v.isContent() ? v.content(none_) : v.content(rooms_.emplace_front());
+  }
   int integer() { return DblToInt(number()); }
   double number() { return value().number(); }
   // All elements of the list that comes next.
@@ -104,6 +107,7 @@ class Operands {
   std::array<int, maxLists> counts_{};  // operands of each list
   int list_ = 0;                        // the list that comes next
   bool kept_ = false;
+  std::string none_;
   std::forward_list<std::string> rooms_;  // of contents that the values don't hold
 };
 

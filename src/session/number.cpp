@@ -29,6 +29,7 @@ bool _isDigit(const char* p, const char* end) { return p < end && *p >= '0' && *
 
 // Skips blanks and one sign; returns true for a minus.
 bool _skipSign(const char*& p, const char* end) {
+  while (p < end && *p == ' ') ++p;
   while (p < end && (*p == ' ' || (*p >= '\t' && *p <= '\r'))) ++p;
   if (p == end || (*p != '-' && *p != '+')) return false;
   return *p++ == '-';
