@@ -45,15 +45,6 @@ bool _store(Run& run, Joint& j) {
   return _done(run, j);
 }
 
-bool _compare(Run& run, Joint& j) {
-  if (run.depth < 2) return false;
-  const Value& b = run.top();
-  --run.depth;
-  const bool truth = OpCmp(run.top(), b, j.op);
-  --run.depth;
-  return _compared(run, j, truth);
-}
-
 bool _compareName(Run& run, Joint& j) {
   double x = 0;
   if (!GetNumber(j.name, x)) return false;
@@ -110,7 +101,6 @@ constexpr JoinRow rows[] = {
     {"9L-", _calculate},
     {"9L*", _calculate},
     {"9L", _pushValue},
-    {"CJ", _compare},
     {"Q", _pushValue},
     {":", _source},
     {"&", _and},

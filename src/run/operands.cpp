@@ -84,6 +84,7 @@ const Value& Operands::missing() {
   IntErr("NO SUCH OPERAND");
   return none;
 }
+
 Lines Operands::list() {
   if (list_ == maxLists || next_ > depth_) return missing(), Lines();
   const auto first = stk_.begin() + next_;
