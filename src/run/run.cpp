@@ -199,8 +199,8 @@ void _runStep(Run& run, const Step& step) {
   }
 }
 
-// Does the runs of steps from here on that can be done as one. They lead out of a list's loops:
-// only JP goes back.
+// Does the runs of steps from here on that can be done as one. That comes to an end without a look
+// at Ctrl-C: only JP goes back in a list, and it is in no run.
 void _runJoints(Run& run) {
   if (g_opt[optR1]) return;
   for (const size_t size = run.program.size(); static_cast<size_t>(run.pc) < size;) {
