@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "lang/addrtbl.h"
-#include "lang/compile_state.h"
 #include "lang/mox_blk.h"
 #include "lang/mox_gmr.h"
 #include "lang/mox_lex.h"
@@ -27,10 +26,11 @@ bool _isRem(std::string_view line) { return _startsWith(line, "*") || _startsWit
 bool _isText(std::string_view line) { return _startsWith(line, "TEXT"); }
 bool _isEndText(std::string_view line) { return _startsWith(line, "ENDTEXT"); }
 
-// Turns the TEXT blocks into print statements: 0, or cmpOpen when one is open at the end.
-int preprocess(Lines& lines) {
+// Turns the TEXT blocks from a line on into print statements: 0, or cmpOpen when one is open at the
+// end.
+int preprocess(Lines& lines, size_t from) {
   int open = -1;
-  for (int i = 0; i < static_cast<int>(lines.size()); ++i) {
+  for (int i = static_cast<int>(from); i < static_cast<int>(lines.size()); ++i) {
     if (open < 0) {
       if (_isText(lines[i])) open = i;
     } else if (_isEndText(lines[i])) {
@@ -150,16 +150,23 @@ void Pass2(const CompileState& state, std::string_view prefix, std::string_view 
 }  // namespace
 
 int doCompile(bool isFile, Lines& lines, size_t limit, Lines& steps) {
-  if (preprocess(lines) != 0) return cmpOpen;
-  steps.clear();
+  Compilation made;
+  const int result = doCompileOn(isFile, lines, limit, made);
+  steps = std::move(made.steps);
+  return result;
+}
+
+int doCompileOn(bool isFile, Lines& lines, size_t limit, Compilation& made) {
+  if (preprocess(lines, made.lines) != 0) return cmpOpen;
+  CompileState& state = made.state;
+  Lines& steps = made.steps;
   errnum = errNone;
-  CompileState state;
-  Tokens tokens;
-  for (size_t i = 0; i < lines.size() && !errnum; ++i) {
+  while (made.lines < lines.size() && !errnum) {
+    const size_t i = made.lines++;
     if (_isRem(lines[i]) || isBlank(lines[i])) continue;
     state.curline = lines[i];
     state.curlineno = static_cast<int>(i);
-    if (int result = _compileLine(state, isFile, tokens, limit, steps)) return result;
+    if (int result = _compileLine(state, isFile, made.tokens, limit, steps)) return result;
   }
   if (BlkDepth(state) > 0) return cmpOpen;
   steps.emplace_back("END");

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "lang/compile_state.h"
+#include "lang/misc_lex.h"
 #include "session/misc.h"
 
 namespace mox {
@@ -24,6 +26,17 @@ enum CompileResult {
 // continued starts with the step ": " and its line. The lines of TEXT blocks are rewritten in
 // place. The list holds at most limit steps; more is the error "OUT OF MEMORY".
 int doCompile(bool isFile, Lines& lines, size_t limit, Lines& steps);
+
+// A source that is compiled as its lines come: what is compiled of it so far.
+struct Compilation {
+  size_t lines = 0;  // that were compiled
+  CompileState state;
+  Tokens tokens;  // of a statement that goes on in the next line
+  Lines steps;
+};
+// The same of the lines behind those that are compiled. As long as the result is cmpOpen, more
+// lines may follow.
+int doCompileOn(bool isFile, Lines& lines, size_t limit, Compilation& made);
 
 // Compiles one expression: cmpDone, cmpFailed or cmpLeftOver, without a message of its own but
 // "OUT OF MEMORY" at the limit. A blank text is done with an empty list, which can't be run.

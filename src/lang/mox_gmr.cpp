@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "lang/mox_gmr_table.h"
+#include "session/misc.h"
 
 namespace mox {
 
@@ -69,9 +70,11 @@ int Parse::rule(Rule r, int cursor) {
   const size_t key = static_cast<size_t>(r) * (tokens_.count() + 1) + static_cast<size_t>(cursor);
   if (known_[key] != unknown) return known_[key];
   int result = known_[key] = none;  // until one matches: a rule can't begin with itself
+  const std::string& token = tokens_.texts[static_cast<size_t>(cursor)];
+  const char first = token.empty() ? '\0' : UpperChr(token[0]);
   for (const GrammarRow& candidate : _grammar().rows[static_cast<int>(r)]) {
     Node node{};
-    if (!row(candidate, cursor, node)) continue;
+    if ((candidate.first && candidate.first != first) || !row(candidate, cursor, node)) continue;
     result = static_cast<int>(nodes_.size());
     nodes_.push_back(node);
     break;

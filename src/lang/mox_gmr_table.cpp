@@ -88,6 +88,8 @@ std::string_view _cutText(GrammarRow& row) {
 Grammar::Grammar(const std::vector<Alternative>& table) {
   for (const Alternative& a : table) {
     GrammarRow row{&a, {}};
+    if (!a.items.empty() && a.items[0].kind == Item::kWord && a.items[0].atLeast > 0)
+      row.first = a.items[0].word[0];
     const std::string_view wrong = _cutText(row);
     if (wrong.empty()) {
       rows[static_cast<int>(a.rule)].push_back(std::move(row));

@@ -39,6 +39,8 @@ struct GrammarRow {
   const Alternative* alternative;
   std::vector<TextPiece> pieces;
   bool usesBlocks = false;
+  char first =
+      0;  // the letter that the first token must begin with, when the row begins with a word
 };
 
 struct Grammar {

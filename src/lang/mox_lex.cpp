@@ -10,11 +10,12 @@ namespace mox {
 
 namespace {
 
+// Sorted, for findndx.
 constexpr std::string_view keywords[] = {
-    "ABS",   "DATE",  "INT",      "RND",  "SGN",   "SIN",    "SQR",  "LEN",   "MID",
-    "INSTR", "UCASE", "LCASE",    "CHR",  "COLOR", "INKEY",  "ASC",  "LEFT",  "RIGHT",
-    "VAL",   "STR",   "FREEFILE", "EOF",  "RUN",   "DIR",    "SDIR", "RECNO", "DELETED",
-    "TEST",  "TRIM",  "TYPE3",    "NEXT", "ALL",   "RECORD", "FOR",  "TO",
+    "ABS",  "ALL",      "ASC",    "CHR",   "COLOR", "DATE",  "DELETED", "DIR", "EOF",
+    "FOR",  "FREEFILE", "INKEY",  "INSTR", "INT",   "LCASE", "LEFT",    "LEN", "MID",
+    "NEXT", "RECNO",    "RECORD", "RIGHT", "RND",   "RUN",   "SDIR",    "SGN", "SIN",
+    "SQR",  "STR",      "TEST",   "TO",    "TRIM",  "TYPE3", "UCASE",   "VAL",
 };
 
 static_assert(std::all_of(std::begin(keywords), std::end(keywords),
@@ -22,10 +23,7 @@ static_assert(std::all_of(std::begin(keywords), std::end(keywords),
               "the step word of a function is = and its name, and it must not be cut");
 
 // Whether the text is one of them, ignoring case.
-bool is_kw(std::string_view text) {
-  return std::any_of(std::begin(keywords), std::end(keywords),
-                     [text](std::string_view word) { return StrICmp(text, word) == 0; });
-}
+bool is_kw(std::string_view text) { return findndx(text, keywords) >= 0; }
 
 // True when the texts of two tokens, joined, are read as the same two tokens.
 bool _staysApart(const Tokens& tokens, int first) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "run/run_ops.h"
 #include "session/misc.h"
@@ -12,7 +13,7 @@ namespace mox {
 namespace {
 
 bool _done(Run& run, const Joint& j) {
-  run.pc += j.steps;
+  run.pc += static_cast<int>(j.row->steps.size());
   return true;
 }
 
@@ -27,8 +28,8 @@ bool _compared(Run& run, const Joint& j, bool truth) {
 
 bool _source(Run& run, Joint& j) { return !g_opt[optECHO] && !g_opt[optSTEP] && _done(run, j); }
 
-bool _pushNumber(Run& run, Joint& j) {
-  run.push() = j.number;
+bool _pushValue(Run& run, Joint& j) {
+  run.push() = j.value;
   return _done(run, j);
 }
 
@@ -38,56 +39,83 @@ bool _pushName(Run& run, Joint& j) {
   return false;
 }
 
-bool _put(Run& run, Joint& j) {
-  if (run.depth < 1 || !PutNamed(j.name, run.top())) return false;
+bool _store(Run& run, Joint& j) {
+  if (g_opt[optTALK] || run.depth < 1 || !PutNamed(j.name, run.top())) return false;
   --run.depth;
   return _done(run, j);
-}
-
-bool _store(Run& run, Joint& j) { return !g_opt[optTALK] && _put(run, j); }
-
-bool _compare(Run& run, Joint& j) {
-  if (run.depth < 2) return false;
-  const Value& b = run.top();
-  --run.depth;
-  const bool truth = OpCmp(run.top(), b, j.op);
-  --run.depth;
-  return _compared(run, j, truth);
 }
 
 bool _compareName(Run& run, Joint& j) {
   double x = 0;
   if (!GetNumber(j.name, x)) return false;
-  return _compared(run, j, CmpNumbers(x, j.number.number(), j.op));
+  return _compared(run, j, CmpNumbers(x, j.value.number(), j.op));
+}
+
+bool _calculate(Run& run, Joint& j) {
+  if (run.depth < 1 || !run.top().isKnown()) return false;
+  run.top() = StrFmN1N2Op(run.top(), j.value, static_cast<char>(j.op));
+  return _done(run, j);
+}
+
+bool _compareNames(Run& run, Joint& j) {
+  double x = 0, y = 0;
+  if (!GetNumber(j.other, x) || !GetNumber(j.name, y)) return false;
+  return _compared(run, j, CmpNumbers(x, y, j.op));
+}
+
+// Two truths, or one, as the machine mostly has them.
+template <class Op>
+bool _truths(Run& run, const Joint& j, int count, Op op) {
+  if (run.depth < count) return false;
+  Value& a = run.stk[static_cast<size_t>(run.depth - count)];
+  const Value& b = run.top();
+  if (!a.isTruth() || !b.isTruth()) return false;
+  a.setTruth(op(a.holds(), b.holds()));
+  run.depth -= count - 1;
+  return _done(run, j);
+}
+bool _and(Run& run, Joint& j) {
+  return _truths(run, j, 2, [](bool a, bool b) { return a && b; });
+}
+bool _or(Run& run, Joint& j) {
+  return _truths(run, j, 2, [](bool a, bool b) { return a || b; });
+}
+bool _not(Run& run, Joint& j) {
+  return _truths(run, j, 1, [](bool a, bool) { return !a; });
 }
 
 // The runs, a letter for each step, the longer before the shorter.
 //
 //   N  PUSH of a name      G  GETV     C  CMP
 //   9  PUSH of a number    S  STORE    J  JPF
-//   1  PUSH of the 1       P  PUTV     +  ADD
-//   :  a source text         L  S2N
-struct JoinRow {
-  std::string_view steps;
-  bool (*act)(Run& run, Joint& joint);
-};
+//   1  PUSH of the 1       L  S2N      + - *  ADD SUB MUL
+//   Q  PUSH of a text      :  a source text   & | !  AND OR NOT
 constexpr JoinRow rows[] = {
+    {"N1GN1GC", _compareNames},
     {"N1G9LCJ", _compareName},
     {"N1G9LC", _compareName},
     {"N1G", _pushName},
     {"N1S", _store},
-    {"N1P", _put},
-    {"91+", _pushNumber},
-    {"9L", _pushNumber},
-    {"CJ", _compare},
+    {"91+", _pushValue},
+    {"9L+", _calculate},
+    {"9L-", _calculate},
+    {"9L*", _calculate},
+    {"9L", _pushValue},
+    {"Q", _pushValue},
     {":", _source},
+    {"&", _and},
+    {"|", _or},
+    {"!", _not},
 };
+
+constexpr char other = '.';  // stands in no row
 
 char _pushed(std::string_view operand) {
   if (operand == "1") return '1';
-  const char first = operand.empty() || operand.find(',') != operand.npos ? '-' : operand[0];
+  if (operand.starts_with('"')) return s2qs(qs2s(operand)) == operand ? 'Q' : other;
+  const char first = operand.empty() || operand.find(',') != operand.npos ? other : operand[0];
   if (first >= '0' && first <= '9') return '9';
-  return UpperChr(first) >= 'A' && UpperChr(first) <= '_' ? 'N' : '-';
+  return UpperChr(first) >= 'A' && UpperChr(first) <= '_' ? 'N' : other;
 }
 
 char _letter(const Step& step) {
@@ -95,10 +123,11 @@ char _letter(const Step& step) {
     std::string_view word;
     char letter;
   };
-  static constexpr Word words[] = {
-      {"GETV", 'G'}, {"STORE", 'S'}, {"PUTV", 'P'}, {"ADD", '+'}, {"S2N", 'L'}};
+  static constexpr Word words[] = {{"GETV", 'G'}, {"STORE", 'S'}, {"ADD", '+'},
+                                   {"SUB", '-'},  {"MUL", '*'},   {"AND", '&'},
+                                   {"OR", '|'},   {"NOT", '!'},   {"S2N", 'L'}};
   switch (step.core) {
-    case Core::CMP: return step.number < 0 ? '-' : 'C';
+    case Core::CMP: return step.number < 0 ? other : 'C';
     case Core::JPF: return 'J';
     case Core::source: return ':';
     case Core::PUSH: return _pushed(step.operand());
@@ -106,43 +135,53 @@ char _letter(const Step& step) {
   }
   for (const Word& w : words)
     if (step.entry && step.entry->word == w.word) return w.letter;
-  return '-';
+  return other;
 }
 
 // True when the letters begin with those of the row. 1 is a number like any other.
 bool _fits(std::string_view letters, std::string_view row) {
-  return letters.size() >= row.size() &&
-         std::equal(row.begin(), row.end(), letters.begin(),
-                    [](char a, char b) { return a == b || (a == '9' && b == '1'); });
+  for (size_t i = 0; i < row.size(); ++i) {
+    if (i == letters.size()) return false;
+    if (letters[i] != row[i] && !(row[i] == '9' && letters[i] == '1')) return false;
+  }
+  return true;
 }
 
 std::shared_ptr<Joint> _joint(const JoinRow& row, const Step* step) {
   const auto joint = std::make_shared<Joint>();
-  joint->act = row.act;
-  joint->steps = static_cast<int>(row.steps.size());
+  joint->row = &row;
   for (const char letter : row.steps) {
-    const Value operand(step->operand());
     switch (letter) {
-      case 'N': joint->name.text = strUpper(step->operand()); break;
-      case '9': joint->number = operand; break;
-      case 'L': joint->number = ToNumber(joint->number); break;
-      case '+': joint->number = StrFmN1N2Op(joint->number, "1", '+'); break;
+      case 'N':
+        joint->other = std::exchange(joint->name, {});
+        joint->name.text = strUpper(step->operand());
+        break;
+      case 'Q': joint->value = Value::ofContent(qs2s(step->operand())); break;
+      case '9': joint->value = step->operand(); break;
+      case 'L': joint->value = ToNumber(joint->value); break;
+      case '+':
+      case '-':
+      case '*': joint->op = letter; break;
       case 'C': joint->op = step->number; break;
       case 'J': joint->target = step->number; break;
       default: break;
     }
     ++step;
   }
+  if (row.steps == "91+") joint->value = StrFmN1N2Op(joint->value, "1", '+');
   return joint;
 }
 
 }  // namespace
+
+const std::span<const JoinRow> g_joins = rows;
 
 void JoinSteps(Program& program) {
   std::string letters;
   for (const Step& step : program) letters += _letter(step);
   for (size_t i = 0; i < program.size(); ++i) {
     const std::string_view here = std::string_view(letters).substr(i);
+    if (letters[i] == other) continue;
     const auto fits = [here](const JoinRow& row) { return _fits(here, row.steps); };
     const JoinRow* const row = std::find_if(std::begin(rows), std::end(rows), fits);
     if (row != std::end(rows)) program[i].joint = _joint(*row, &program[i]);

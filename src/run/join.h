@@ -8,6 +8,8 @@
 // numbers are theirs.
 #pragma once
 
+#include <span>
+#include <string_view>
 #include <vector>
 
 #include "run/run.h"
@@ -17,6 +19,8 @@ namespace mox {
 
 // The state of one run of the machine.
 struct Run {
+  Run(const Program& p, Stack& s) : program(p), stk(s) {}
+
   const Program& program;
   Stack& stk;
   int pc = 0;
@@ -25,19 +29,36 @@ struct Run {
 
   // A new slot on top; what it holds is left over.
   Value& push() {
-    if (static_cast<size_t>(depth) == stk.size()) stk.emplace_back();
-    return stk[static_cast<size_t>(depth++)];
+    if (depth == room_) grow();
+    return slots_[depth++];
   }
-  Value& top() { return stk[static_cast<size_t>(depth - 1)]; }
+  Value& top() { return slots_[depth - 1]; }
+
+ private:
+  void grow() {
+    if (static_cast<size_t>(depth) == stk.size()) stk.emplace_back();
+    slots_ = stk.data();
+    room_ = static_cast<int>(stk.size());
+  }
+  Value* slots_ = stk.data();
+  int room_ = static_cast<int>(stk.size());
 };
 
-struct Joint {
-  // Does the run, and moves the program counter behind it or to where it jumps. False: nothing is
-  // done.
+struct Joint;
+
+// A row of the table of such runs: a letter for each step (join.cpp tells them), and what does them
+// all and moves the program counter behind them or to where they jump; false when it did nothing.
+struct JoinRow {
+  std::string_view steps;
   bool (*act)(Run& run, Joint& joint);
-  int steps;
-  Name name;        // that the steps read or store into
-  Value number;     // that they push
+};
+extern const std::span<const JoinRow> g_joins;
+
+struct Joint {
+  const JoinRow* row;
+  Name name;        // the last that the steps read or store into
+  Name other;       // one before it
+  Value value;      // that they push
   int op = -1;      // of CMP
   int target = -1;  // of JPF
 };

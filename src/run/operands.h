@@ -18,6 +18,7 @@
 #pragma once
 
 #include <array>
+#include <forward_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -70,10 +71,15 @@ class Operands {
 
   // True while the group has another operand, or the one that may be there is there.
   bool more() const { return next_ < end_; }
-  // The next operand: the value; its text; its number cut toward zero and bounded to 32 bits; its
-  // number. An operand that the row doesn't name is empty, and an internal error.
+  // The next operand: the value; its text; its content, when it is a quoted string; its number cut
+  // toward zero and bounded to 32 bits; its number. An operand that the row doesn't name is empty,
+  // and an internal error.
   const Value& value() { return next_ < depth_ ? stk_[static_cast<size_t>(next_++)] : missing(); }
   const std::string& text() { return value().text(); }
+  std::string_view content() {
+    const Value& v = value();
+    return v.isContent() ? v.content(none_) : v.content(rooms_.emplace_front());
+  }
   int integer() { return DblToInt(number()); }
   double number() { return value().number(); }
   // All elements of the list that comes next.
@@ -101,6 +107,8 @@ class Operands {
   std::array<int, maxLists> counts_{};  // operands of each list
   int list_ = 0;                        // the list that comes next
   bool kept_ = false;
+  std::string none_;
+  std::forward_list<std::string> rooms_;  // of contents that the values don't hold
 };
 
 }  // namespace mox

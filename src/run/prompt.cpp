@@ -22,7 +22,9 @@ namespace mox {
 namespace {
 
 // Reads lines until they compile to a whole list, or not at all: true when there is a list to run.
-bool _askCommand(Lines& lines, Lines& steps) {
+bool _askCommand(Lines& steps) {
+  Lines lines;
+  Compilation made;
   int result = cmpOpen;
   for (char prompt = '.'; result == cmpOpen; prompt = '>') {
     if (lines.size() == maxBlockLines) {
@@ -37,8 +39,10 @@ bool _askCommand(Lines& lines, Lines& steps) {
       return false;
     }
     lines.push_back(std::move(rm_nl(line)));
-    result = doCompile(false, lines, maxPromptSteps, steps);
+    if (g_opt[optC0]) made = {};  // which shows the tokens of all lines, each time
+    result = doCompileOn(false, lines, maxPromptSteps, made);
   }
+  steps = std::move(made.steps);
   return result == cmpDone;
 }
 
@@ -62,8 +66,8 @@ void AppVersion() { std::printf("MOX Version %d.%02d.%05d\n", 2, 40, 299); }
 void AskAndRun1Cmd() {
   errnum = errNone;
   OS_ForgetInterrupt();
-  Lines lines, steps;
-  if (_askCommand(lines, steps)) doRun(CutSteps(std::move(steps)));
+  Lines steps;
+  if (_askCommand(steps)) doRun(CutSteps(std::move(steps)));
   _sayError();
   OS_ForgetInterrupt();
 }

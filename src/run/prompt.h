@@ -8,7 +8,7 @@ namespace mox {
 void AppVersion();  // prints the version line
 
 // One prompt cycle: reads a command or a block of lines, compiles and runs it, shows an error. A
-// block is read on at ">" until its last line; all of it is compiled anew with each line.
+// block is read on at ">" until its last line.
 void AskAndRun1Cmd();
 
 // Runs one command file through DO and shows an error.

@@ -88,6 +88,15 @@ Step _cut(std::string text) {
   return step;
 }
 
+// The last step of the last run, whose program may be gone. Mostly it is this one.
+std::string lastStep;
+constexpr std::string_view endStep = "END";
+
+void _end(const Step& step) {
+  if (step.text.size() == endStep.size()) errstep = endStep;
+  errnum = errEnd;
+}
+
 void _jumpIfFalse(Run& run, int target) {
   if (run.depth < 1) {
     IntErr("STACK UNDERFLOW");
@@ -173,9 +182,9 @@ void _dispatch(Run& run, const Step& step) {
 
 void _runStep(Run& run, const Step& step) {
   switch (step.core) {
-    case Core::PUSH: run.push() = step.operand(); break;
-    case Core::STOP:
-    case Core::END: errnum = errEnd; break;
+    case Core::PUSH: run.push().setText(step.operand()); break;
+    case Core::STOP: errnum = errEnd; break;
+    case Core::END: _end(step); break;
     case Core::LBL: _label(step.operand()); break;
     case Core::JP: run.pc = step.number; break;
     case Core::JPF: _jumpIfFalse(run, step.number); break;
@@ -190,13 +199,13 @@ void _runStep(Run& run, const Step& step) {
   }
 }
 
-// Does the runs of steps from here on that can be done as one. They lead out of a list's loops:
-// only JP goes back.
+// Does the runs of steps from here on that can be done as one. That comes to an end without a look
+// at Ctrl-C: only JP goes back in a list, and it is in no run.
 void _runJoints(Run& run) {
   if (g_opt[optR1]) return;
   for (const size_t size = run.program.size(); static_cast<size_t>(run.pc) < size;) {
     Joint* const joint = run.program[run.pc].joint.get();
-    if (!joint || !joint->act(run, *joint)) return;
+    if (!joint || !joint->row->act(run, *joint)) return;
   }
 }
 
@@ -233,7 +242,7 @@ bool KnownStep(std::string_view step) {
 int doRun1(const Program& program, Stack& stk, RunOf what) {
   outcol = 0;
   errnum = errNone;
-  Run run{program, stk, 0, 0, {}};
+  Run run(program, stk);
   while (errnum == errNone && !(what == RunOf::statements && Interrupted())) {
     _runJoints(run);
     if (static_cast<size_t>(run.pc) >= program.size()) {
@@ -253,9 +262,7 @@ int doRun1(const Program& program, Stack& stk, RunOf what) {
     errnum = errNone;
     if (run.depth != (what == RunOf::expression)) IntErr(StrFmt("STACK DEPTH %d", run.depth));
   }
-  static std::string last;
-  last = errstep;
-  errstep = last;
+  if (errstep.data() != endStep.data()) errstep = lastStep = errstep;
   return run.depth;
 }
 

@@ -44,11 +44,11 @@ int ExprCompile(Expr& e) {
   return -1;
 }
 
-int RunExpr(Expr& e, Value& result) {
+const Value& RunExpr(Expr& e) {
+  static const Value none;
   NestGuard nest;
-  const bool done = nest.ok() && doRun1(*e.program, e.stk, RunOf::expression) == 1;
-  result = done ? std::move(e.stk[0]) : Value();
-  return done ? 0 : -1;
+  e.failed = !nest.ok() || doRun1(*e.program, e.stk, RunOf::expression) != 1;
+  return e.failed ? none : e.stk[0];
 }
 
 int ScanCompile(Expr& e) {
@@ -57,25 +57,19 @@ int ScanCompile(Expr& e) {
   return -1;
 }
 
-bool Qualifies(Expr& condition) {
-  Value value;
-  RunExpr(condition, value);
-  return value.holds();
-}
+bool Qualifies(Expr& condition) { return RunExpr(condition).holds(); }
 
 Key MakeKey(const std::string& text) {
   const auto e = std::make_shared<Expr>(text, evalSteps);
   return {[e] { return ExprCompile(*e); },
           [e](std::string& key) {
-            Value value;
-            const int result = RunExpr(*e, value);
-            key = value.text();
-            return result;
+            key = RunExpr(*e).text();
+            return e->failed ? -1 : 0;
           }};
 }
 
 void OpEval(Operands& o) {
-  const std::string text = qs2s(o.text());
+  const std::string_view text = o.content();
   Value value;
   if (EvalExpr(text, maxMacro, value) == 0)
     o.result(std::move(value));

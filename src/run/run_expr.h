@@ -25,13 +25,14 @@ struct Expr {
   std::string text;
   size_t limit;
   std::optional<Program> program;
-  Stack stk;  // kept between runs for its memory
+  Stack stk;            // kept between runs for its memory
+  bool failed = false;  // of the last run
 };
 // Makes the program unless it is there: 0, or -1 when the text gives no complete list. Compiles
 // anew, with the same result, while the options C1 or C2 show the steps of what is compiled.
 int ExprCompile(Expr& e);
-// Runs the program: 0 with the value, or -1 with an empty result.
-int RunExpr(Expr& e, Value& result);
+// Runs the program: its value, which holds until it runs again. The empty text when it failed.
+const Value& RunExpr(Expr& e);
 
 // The same, with a report when it gives no complete list.
 int ScanCompile(Expr& e);

@@ -27,10 +27,10 @@ Listing _dirlist, _sdirlist;
 
 // A pattern begins a new listing; an empty one goes on with the last.
 void _nextName(Operands& o, Listing& listing, Lines (*list)(const std::string&)) {
-  const std::string pattern = qs2s(o.text());
+  const std::string pattern(o.content());
   if (!pattern.empty()) listing = {list(pattern), 0};
   const bool more = listing.next < listing.names.size();
-  o.result(s2qs(more ? std::string_view(listing.names[listing.next++]) : ""));
+  o.result(Value::ofContent(more ? listing.names[listing.next++] : ""));
 }
 
 }  // namespace
@@ -65,7 +65,7 @@ void OpRnd(Operands& o) {
 
 void OpInKey(Operands& o) {
   const int key = _kbhit() ? _getch() : keyEnd;
-  o.result(s2qs(key > 0 ? std::string(1, static_cast<char>(key)) : ""));
+  o.result(Value::ofContent(key > 0 ? std::string(1, static_cast<char>(key)) : ""));
 }
 
 void OpDir(Operands& o) { _nextName(o, _dirlist, OS_GetFileList); }
@@ -74,8 +74,7 @@ void OpSDir(Operands& o) { _nextName(o, _sdirlist, OS_GetDirList); }
 
 void OpRun(Operands& o) {
   constexpr int windowNormal = 1;
-  const std::string program = qs2s(o.text());
-  const std::string args = qs2s(o.text());
+  const std::string program(o.content()), args(o.content());
   const int mode = o.more() ? o.integer() : windowNormal;
   o.result(N_ToVTLD(OS_RunProgWait(program, args, mode), 6, 0));
 }
@@ -84,12 +83,12 @@ void OpType3(Operands& o) {
   const ErrorSlot before = TakeErr();
   Value value;
   char type = 'U';
-  if (EvalExpr(qs2s(o.text()), maxTypeText, value) == 0 && errnum == errNone) {
+  if (EvalExpr(o.content(), maxTypeText, value) == 0 && errnum == errNone) {
     type = value.typ().type;
     if (type != 'C' && type != 'N') type = 'L';
   }
   PutErr(before);
-  o.result(s2qs(std::string(1, type)));
+  o.result(Value::ofContent(std::string(1, type)));
 }
 
 }  // namespace mox

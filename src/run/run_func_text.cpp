@@ -48,6 +48,15 @@ size_t _find(std::string_view hay, std::string_view needle) {
   return needle.empty();
 }
 
+// Changes the argument as it stands, quotes, or the letters of a number's text, and all.
+void _mapText(Operands& o, char (*map)(char)) {
+  const Value& v = o.value();
+  std::string room;
+  std::string text(v.isContent() ? v.content(room) : v.text());
+  for (char& c : text) c = map(c);
+  o.result(v.isContent() ? Value::ofContent(std::move(text)) : Value(std::move(text)));
+}
+
 // The escape sequence that sets a color; 8 and above are the bright ones.
 std::string EscColor(int base, int color) {
   return StrFmt("\033[%d%sm", base + color % 8, color >= 8 ? ";1" : "");
@@ -56,58 +65,53 @@ std::string EscColor(int base, int color) {
 }  // namespace
 
 void OpLen(Operands& o) {
-  o.result(N_ToVTLD(static_cast<double>(qs2s(o.text()).size()), countLength, 0));
+  o.result(N_ToVTLD(static_cast<double>(o.content().size()), countLength, 0));
 }
 
 void OpMid(Operands& o) {
-  const std::string text = qs2s(o.text());
+  const std::string_view text = o.content();
   const int start = o.integer(), length = o.integer();
-  o.result(s2qs(_mid(text, start, length)));
+  o.result(Value::ofContent(_mid(text, start, length)));
 }
 
 void OpLeft(Operands& o) {
-  const std::string text = qs2s(o.text());
-  o.result(s2qs(_mid(text, 1, o.integer())));
+  const std::string_view text = o.content();
+  o.result(Value::ofContent(_mid(text, 1, o.integer())));
 }
 
 void OpRight(Operands& o) {
-  const std::string text = qs2s(o.text());
+  const std::string_view text = o.content();
   const int64_t n = o.integer();
-  o.result(s2qs(_mid(text, static_cast<int64_t>(text.size()) + 1 - n, n)));
+  o.result(Value::ofContent(_mid(text, static_cast<int64_t>(text.size()) + 1 - n, n)));
 }
 
 void OpInStr(Operands& o) {
-  const std::string hay = qs2s(o.text()), needle = qs2s(o.text());
+  const std::string_view hay = o.content(), needle = o.content();
   o.result(N_ToVTLD(static_cast<double>(_find(hay, needle)), countLength, 0));
 }
 
 void OpTrim(Operands& o) {
-  std::string text = qs2s(o.text());
-  o.result(s2qs(dlb(trim(text))));
+  std::string text(o.content());
+  o.result(Value::ofContent(std::string(dlb(trim(text)))));
 }
 
-// Both change the argument as it stands, quotes, or the letters of a number's text, and all.
-void OpUCase(Operands& o) { o.result(strUpper(o.text())); }
+void OpUCase(Operands& o) { _mapText(o, UpperChr); }
 
-void OpLCase(Operands& o) {
-  std::string text = o.text();
-  for (char& c : text) c = LowerChr(c);
-  o.result(std::move(text));
-}
+void OpLCase(Operands& o) { _mapText(o, LowerChr); }
 
 void OpChr(Operands& o) {
   const char c = static_cast<char>(o.integer() & 0xFF);
-  o.result(s2qs(c ? std::string(1, c) : ""));
+  o.result(Value::ofContent(c ? std::string(1, c) : ""));
 }
 
 void OpAsc(Operands& o) {
-  const std::string text = qs2s(o.text());
+  const std::string_view text = o.content();
   const int code = text.empty() ? 0 : static_cast<unsigned char>(text[0]);
   o.result(N_ToVTLD(code, countLength, 0));
 }
 
 void OpVal(Operands& o) {
-  const std::string text = qs2s(o.text());
+  const std::string_view text = o.content();
   const Typ typ = GetTyp(text);
   o.result(typ.type == 'N' ? N_ToVTLD(TxtToDbl(text), typ.length, typ.decimals)
                            : N_ToVTLD(0, 2, 0));
@@ -122,15 +126,15 @@ void OpStr(Operands& o) {
     ArgErr("STR() too wide");
     return o.keep();
   }
-  const double number = x.isQuoted() ? TxtToDbl(std::string_view(x.text()).substr(1)) : x.number();
-  o.result(s2qs(FmtFix(number, width, decimals)));
+  o.result(Value::ofContent(FmtFix(x.numberInside(), width, decimals)));
 }
 
 void OpColor(Operands& o) {
   const int color = std::min(o.integer(), maxColor);
-  o.result(s2qs(color < 0 ? EscColor(0, 0) : EscColor(40, color >> 4) + EscColor(30, color & 15)));
+  o.result(Value::ofContent(color < 0 ? EscColor(0, 0)
+                                      : EscColor(40, color >> 4) + EscColor(30, color & 15)));
 }
 
-void OpDate(Operands& o) { o.result(s2qs(DateNow())); }
+void OpDate(Operands& o) { o.result(Value::ofContent(DateNow())); }
 
 }  // namespace mox

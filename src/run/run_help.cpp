@@ -55,7 +55,7 @@ void _showTopic(std::FILE* f) {
 
 void OpHelp(Operands& o) {
   std::string head = "#";
-  head += strUpper(qs2s(o.text()));
+  head += strUpper(o.content());
   const File f = _openHelp();
   if (!f) {
     std::printf("  %s file missing.\n", helpFile);

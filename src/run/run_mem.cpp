@@ -100,7 +100,7 @@ bool _putVariable(std::string& bytes, int number) {
 
 // Writes the variables whose names fit the pattern, or with like 0 those that don't: 0, or -1 after
 // a report when one doesn't fit the form or the file can't be written; what was there stays then.
-int MoxSaveMem(const std::string& filename, std::string_view pattern, int like) {
+int MoxSaveMem(std::string_view filename, std::string_view pattern, int like) {
   std::string bytes;
   for (int i = 0; i < VarCount(); ++i) {
     if (IsLike(*VarName(i), pattern) != (like != 0) || _putVariable(bytes, i)) continue;
@@ -166,7 +166,7 @@ int _getVariable(std::FILE* f, const char (&head)[headSize]) {
 }
 
 // Reads variables into the table, those before a damaged record too: 0, memNoFile or memDamaged.
-int MoxRestoreMem(const std::string& filename) {
+int MoxRestoreMem(std::string_view filename) {
   const File f = FileOpen(FnFind(FnExt(filename, ".mem")), "rb");
   if (!f) return memNoFile;
   char head[headSize];
@@ -181,12 +181,12 @@ int MoxRestoreMem(const std::string& filename) {
 }  // namespace
 
 void OpMSave(Operands& o) {
-  const std::string file = qs2s(o.text()), pattern = qs2s(o.text());
+  const std::string_view file = o.content(), pattern = o.content();
   MoxSaveMem(file, pattern, o.integer());
 }
 
 void OpRestore(Operands& o) {
-  const int result = MoxRestoreMem(qs2s(o.text()));
+  const int result = MoxRestoreMem(o.content());
   if (result == memNoFile) SetErr("CANNOT OPEN FILE", "");
   if (result == memDamaged) SetErr("NOT A VALID MEM FILE", "");
 }

@@ -19,9 +19,10 @@ namespace mox {
 
 namespace {
 
-// The number of a value; a text counts from behind its quote.
-double _plainNumber(const Value& v) {
-  return v.isQuoted() ? TxtToDbl(std::string_view(v.text()).substr(1)) : v.number();
+Value _joined(const Value& a, const Value& b) {
+  std::string roomA, roomB;
+  std::string both(a.content(roomA));
+  return Value::ofContent(both += b.content(roomB));
 }
 
 void _arithmetic(Operands& o, char op) {
@@ -48,9 +49,9 @@ int _sign(double x, double y) { return x < y ? -1 : x > y; }
 
 // Sign of the comparison. The form of a alone decides whether texts or numbers are compared.
 int _compare(const Value& a, const Value& b) {
-  if (!a.isQuoted()) return _sign(a.number(), _plainNumber(b));
-  const std::string_view text = b.text();
-  return std::string_view(a.text()).substr(1).compare(b.isQuoted() ? text.substr(1) : text);
+  if (!a.isQuoted()) return _sign(a.number(), b.numberInside());
+  if (b.isQuoted()) return Value::compareQuoted(a, b);
+  return std::string_view(a.text()).substr(1).compare(b.text());
 }
 
 }  // namespace
@@ -88,7 +89,7 @@ void OpAdd(Operands& o) {
   const Value& a = o.value();
   const Value& b = o.value();
   if (a.isQuoted())
-    o.result(s2qs(qs2s(a.text()) + qs2s(b.text())));
+    o.result(_joined(a, b));
   else if (b.isQuoted())
     o.result(StrFmN1N2Op(a, std::string_view(b.text()).substr(1), '+'));
   else

@@ -65,13 +65,13 @@ void OpReset(Operands&) {}
 void OpQuit(Operands&) { g_quit = 1; }
 
 void OpDel(Operands& o) {
-  const std::string path = FnFind(qs2s(o.text()));
+  const std::string path = FnFind(std::string(o.content()));
   if (!FileIsFree(path) || !FileDelete(path)) SetErr("DELETE FILE FAILED", "");
 }
 
 void OpRen(Operands& o) {
-  const std::string from = FnFind(qs2s(o.text()));
-  std::string to = qs2s(o.text());
+  const std::string from = FnFind(std::string(o.content()));
+  std::string to(o.content());
   if (const std::string found = FnFind(to); !SameFile(found, from)) to = found;
   if (!FileIsFree(from) || !FileRename(from, to)) SetErr("RENAME FAILED", "");
 }

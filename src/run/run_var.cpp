@@ -47,20 +47,25 @@ const Value& _putValue(Operands& o) {
 Value _element(char type, const Value& value) {
   if (type == 'L') return L_FmVTLD(value) ? "T" : "F";
   if (type == 'N') return value.bareNumber();
-  return qs2s(value.text());
+  std::string room;
+  return value.content(room);
 }
 
 // The value that an element reads as; a null one is empty.
-Value _value(const Var& var, const Value* element) {
-  const static Value none;
+void _read(const Var& var, const Value* element, Value& value) {
+  static const Value none;
   if (!element) element = &none;
-  if (var.props[propType] == 'L') return L_ToVTLD(element->text().starts_with('T'));
-  if (var.props[propType] != 'N') return s2qs(element->text());
   const int length = var.props[propLength], decimals = var.props[propDecimals];
-  if (!element->isKnown()) return Value::ofDigits(element->text(), length, decimals);
-  Value value = *element;
-  value.setTail(length, decimals);
-  return value;
+  if (var.props[propType] == 'L') {
+    value.setTruth(element->text().starts_with('T'));
+  } else if (var.props[propType] != 'N') {
+    value.setContent(element->text());
+  } else if (!element->isKnown()) {
+    value.setDigits(element->text(), length, decimals);
+  } else {
+    value = *element;
+    value.setTail(length, decimals);
+  }
 }
 
 void _setTyp(Var& var, int type, int length, int decimals) {
@@ -95,10 +100,12 @@ Value GetFV(std::string_view name, int row, int col) {
 }
 
 Value GetV(std::string_view name, int row, int col) {
-  Var* const var = VarAt(VarNum(name));
-  if (var) return _value(*var, VarElement(*var, row, col));
-  SetErr("VARIABLE CANNOT BE FOUND", name);
-  return "";
+  Value value;
+  if (Var* const var = VarAt(VarNum(name)))
+    _read(*var, VarElement(*var, row, col), value);
+  else
+    SetErr("VARIABLE CANNOT BE FOUND", name);
+  return value;
 }
 
 int PutV(std::string_view name, int row, int col, const Value& value) {
@@ -111,8 +118,10 @@ int PutV(std::string_view name, int row, int col, const Value& value) {
 bool GetNamed(Name& name, Value& value) {
   _lookUp(name);
   if (name.field < 0 && !name.var) return false;
-  value = name.field >= 0 ? dbFieldValue(name.area, name.field)
-                          : _value(*name.var, VarElement(*name.var, 0, 0));
+  if (name.field >= 0)
+    dbFieldValue(name.area, name.field, value);
+  else
+    _read(*name.var, VarElement(*name.var, 0, 0), value);
   return true;
 }
 

@@ -3,6 +3,7 @@
 
 #include "run/rundb.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iterator>
 
@@ -91,8 +92,11 @@ bool validRno() {
 }
 
 void dspRnoDel() {
+  constexpr size_t width = 5;
+  std::string text = std::to_string(dbRECNO(selectedArea));
+  text.insert(0, width - std::min(text.size(), width), '0');
   SayTxt(0, "");
-  SayTxt(-1, StrFmt("%05d %c", dbRECNO(selectedArea), dbDELETED(selectedArea) ? '*' : ' '));
+  SayTxt(-1, text += dbDELETED(selectedArea) ? " *" : "  ");
 }
 
 void dspFlds() {
@@ -109,9 +113,7 @@ std::string SourceText(const std::string& source) {
 
 int dspExpr(Expr& e) {
   if (ScanCompile(e) != 0) return -1;
-  Value value;
-  RunExpr(e, value);
-  SayVal(-1, value);
+  SayVal(-1, RunExpr(e));
   return 0;
 }
 

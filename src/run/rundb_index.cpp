@@ -31,7 +31,7 @@ void OpSetNdx(Operands& o) {
 void OpNdx(Operands& o) {
   if (!DbChk()) return;
   const std::string key = SourceText(o.text());
-  dbIndexOnTo(key, qs2s(o.text()), g_opt[optTALK]);
+  dbIndexOnTo(key, o.content(), g_opt[optTALK]);
 }
 
 void OpReNdx(Operands&) {
@@ -44,7 +44,7 @@ void OpFind(Operands& o) {
     SetErr("DATABASE IN USE IS NOT INDEXED", "");
     return;
   }
-  const std::string text = qs2s(o.text());
+  const std::string_view text = o.content();
   const int length = g_opt[optEXACT] ? maxKeyLen : static_cast<int>(text.size());
   if (dbFind(selectedArea, length, text) < 1 && g_opt[optTALK] && errnum == errNone)
     std::printf("NO FIND\n");

@@ -24,7 +24,7 @@ namespace {
 constexpr size_t maxSums = 6;
 
 // Condition of the last LOCATE, whatever table it ran on.
-std::optional<std::string> _locate;
+std::optional<Expr> _locate;
 
 void _say(const char* format, int number) {
   if (g_opt[optTALK]) std::printf(format, number);
@@ -89,8 +89,7 @@ struct Sum {
 // Adds the expression's value, rounded to single precision: 0, or -1 when it doesn't compile.
 int CalcExprN(Sum& sum) {
   if (ScanCompile(sum.expr) != 0) return -1;
-  Value value;
-  RunExpr(sum.expr, value);
+  const Value& value = RunExpr(sum.expr);
   const Typ typ = value.typ();
   sum.length = std::max(sum.length, typ.length);
   sum.decimals = std::max(sum.decimals, typ.decimals);
@@ -139,8 +138,7 @@ void OpRecall1(Operands& o) { _markRecords(o, true, dbRecall, "%05d RECALL(S)\n"
 void OpLocate(Operands& o) {
   if (!DbChk()) return;
   const bool next = o.integer() != 0;
-  _locate = o.text();
-  Expr condition(*_locate, scanSteps);
+  Expr& condition = _locate.emplace(o.text(), scanSteps);
   if (ScanCompile(condition) != 0) return;
   if (next)
     dbSkip(selectedArea, 1);
@@ -152,13 +150,12 @@ void OpLocate(Operands& o) {
 void OpContinue(Operands&) {
   if (!_locate) return _say("RECORD: %05d\n", 1);
   if (!DbChk()) return;
-  Expr condition(*_locate, scanSteps);
-  if (ExprCompile(condition) != 0) {
+  if (ExprCompile(*_locate) != 0) {
     SetErr("CAN'T CONTINUE", "");
     return;
   }
   dbSkip(selectedArea, 1);
-  _seek(condition);
+  _seek(*_locate);
 }
 
 void OpCount1(Operands& o) {

@@ -30,7 +30,7 @@ void OpGet(Operands& o) {
   const int row = std::clamp(o.integer(), 0, scrRows - 1);
   const int col = std::clamp(o.integer(), 0, scrCols - 1);
   const std::string name = strUpper(o.text());
-  AtGet(row, col, name, qs2s(o.text()));
+  AtGet(row, col, name, o.content());
 }
 
 void OpRead(Operands&) {
@@ -75,7 +75,7 @@ void OpMdStru(Operands&) {
 
 void OpMdComm(Operands& o) {
   std::printf("%s", std::string(scrRows + 1, '\n').c_str());
-  MoxEd(FnExt(qs2s(o.text()), ".cmd"));
+  MoxEd(FnExt(o.content(), ".cmd"));
 }
 
 }  // namespace mox

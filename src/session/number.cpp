@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
@@ -28,6 +29,7 @@ bool _isDigit(const char* p, const char* end) { return p < end && *p >= '0' && *
 
 // Skips blanks and one sign; returns true for a minus.
 bool _skipSign(const char*& p, const char* end) {
+  while (p < end && *p == ' ') ++p;
   while (p < end && (*p == ' ' || (*p >= '\t' && *p <= '\r'))) ++p;
   if (p == end || (*p != '-' && *p != '+')) return false;
   return *p++ == '-';
@@ -114,16 +116,22 @@ double TxtToDbl(std::string_view text) {
   // The library would also take a sign, "inf" and "nan" here.
   if (!_isDigit(p, end) && !(p < end && *p == '.' && _isDigit(p + 1, end))) return 0;
   // Most numbers are short, and their parts exact. Without a point there is no minus zero.
-  int64_t n = 0;
-  int behindPoint = 0;
   const char* q = p;
-  for (; _isDigit(q, end) && q - p < _maxExact; ++q) n = 10 * n + (*q - '0');
-  const bool point = q < end && *q == '.';
-  if (point)
-    for (++q; _isDigit(q, end) && q - p <= _maxExact; ++q, ++behindPoint) n = 10 * n + (*q - '0');
-  if (q == end || (*q != 'e' && *q != 'E' && *q != '.' && !_isDigit(q, end))) {
+  int64_t n = 0;
+  const char* point = nullptr;
+  for (const char* const stop = p + std::min<std::ptrdiff_t>(end - p, _maxExact + 1); q < stop;
+       ++q) {
+    const unsigned digit = static_cast<unsigned char>(*q) - '0';
+    if (digit <= 9)
+      n = 10 * n + digit;
+    else if (*q == '.' && !point)
+      point = q;
+    else
+      break;
+  }
+  if (q - p <= _maxExact && (q == end || (*q != 'e' && *q != 'E'))) {
     if (!point) return static_cast<double>(minus ? -n : n);
-    const double x = static_cast<double>(n) / _powers[behindPoint];
+    const double x = static_cast<double>(n) / _powers[q - point - 1];
     return minus ? -x : x;
   }
   double x = 0;

@@ -97,18 +97,16 @@ Value Value::ofNumber(double x) {
   return v;
 }
 
-Value Value::ofDigits(std::string_view digits, int length, int decimals) {
-  Value v;
+void Value::setDigits(std::string_view digits, int length, int decimals) {
   if (digits.starts_with('"') || digits.find(',') != digits.npos) {
-    v.text_ = digits;
-    _addTail(v.text_, 'N', length, decimals);
-    return v;
+    setText(digits);
+    _addTail(text_, 'N', length, decimals);
+    return;
   }
-  v.number_ = TxtToDbl(digits);
-  v.form_ = _isPlainInteger(digits) ? Form::integer : Form::digits;
-  if (v.form_ == Form::digits) v.text_ = digits;
-  v.setTail(length, decimals);
-  return v;
+  number_ = TxtToDbl(digits);
+  form_ = _isPlainInteger(digits) ? Form::integer : Form::digits;
+  if (form_ == Form::digits) text_ = digits;
+  setTail(length, decimals);
 }
 
 Value Value::bareNumber() const {
@@ -119,15 +117,38 @@ Value Value::bareNumber() const {
   return v;
 }
 
-double Value::textNumber() const { return TxtToDbl(text_); }
-
-bool Value::holds() const {
-  // A computed number is printed with a digit other than 0 first.
-  return form_ <= Form::digits ? TxtToInt(text_) != 0 : number_ != 0;
+std::string_view Value::content(std::string& room) const {
+  if (form_ == Form::content) return text_;
+  return room = qs2s(text());
 }
+
+// A quote inside is doubled in the text and behind the last character stands one. So where one
+// content begins the other, the shorter text goes on with a quote, and a quote in its place there
+// has another behind it.
+int Value::compareQuoted(const Value& a, const Value& b) {
+  if (a.form_ != Form::content || b.form_ != Form::content)
+    return std::string_view(a.text()).substr(1).compare(std::string_view(b.text()).substr(1));
+  const std::string &x = a.text_, &y = b.text_;
+  const size_t both = std::min(x.size(), y.size());
+  const int sign = std::char_traits<char>::compare(x.data(), y.data(), both);
+  if (sign != 0 || x.size() == y.size()) return sign;
+  const bool shorter = x.size() < y.size();
+  const auto next = static_cast<unsigned char>(shorter ? y[both] : x[both]);
+  return (next >= '"') == shorter ? -1 : 1;
+}
+
+double Value::numberInside() const {
+  if (form_ == Form::content) return TxtToDbl(text_);
+  return isQuoted() ? TxtToDbl(std::string_view(text_).substr(1)) : number();
+}
+
+double Value::textNumber() const { return form_ == Form::content ? 0 : TxtToDbl(text_); }
+
+bool Value::textHolds() const { return form_ != Form::content && TxtToInt(text_) != 0; }
 
 Typ Value::typ() const {
   if (form_ == Form::truth) return {'L', 1, 0, 0};
+  if (form_ == Form::content) return {'C', static_cast<int>(text_.size()), 0, 0};
   if (!tailed_) return GetTyp(text());
   return {'N', std::clamp(length_, 0, maxShown), std::clamp(decimals_, 0, maxShown), 0};
 }
@@ -135,6 +156,10 @@ Typ Value::typ() const {
 void Value::makeText() const {
   switch (form_) {
     case Form::text: return;
+    case Form::content:
+      text_ = s2qs(text_);
+      form_ = Form::text;
+      return;
     case Form::truth: text_ = number_ != 0 ? "-1,L,1,0" : "0,L,1,0"; break;
     case Form::integer: text_ = std::to_string(static_cast<int64_t>(number_)); break;
     case Form::computed: text_ = FmtSci(number_, valueDigits); break;
@@ -145,8 +170,8 @@ void Value::makeText() const {
 }
 
 Value SetTyp(const Value& value, char type, int length, int decimals) {
-  const std::string& text = value.text();
   if (value.isQuoted()) return value;
+  const std::string& text = value.text();
   length = std::clamp(length, 1, maxLength);
   decimals = std::min(decimals, length - 1);
   const std::string_view digits = std::string_view(text).substr(0, text.find(','));
@@ -188,7 +213,8 @@ std::string fmtExpr(const Value& value) {
   const Typ typ = value.typ();
   if (typ.type == 'L') return L_FmVTLD(value) ? ".T." : ".F.";
   if (typ.type == 'N') return FmtFixSigned(value.number(), typ.length, typ.decimals);
-  return qs2s(value.text());
+  std::string room;
+  return std::string(value.content(room));
 }
 
 }  // namespace mox

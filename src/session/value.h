@@ -44,13 +44,13 @@ class Value {
     if (hasText()) text_.swap(v.text_);
     return *this;
   }
-  Value& operator=(std::string_view text) {
-    form_ = Form::text;
-    tailed_ = false;
-    text_ = text;
-    return *this;
-  }
 
+  // A quoted string of this content.
+  static Value ofContent(std::string content) {
+    Value v(std::move(content));
+    v.form_ = Form::content;
+    return v;
+  }
   // A bare count.
   static Value ofCount(int n);
   static Value ofTruth(bool truth) {
@@ -62,8 +62,24 @@ class Value {
   static Value ofNumber(double x);
   Value bareNumber() const;  // the same of the number of this value
   // A number that was read: its text has these digits.
-  static Value ofDigits(std::string_view digits, int length, int decimals);
+  static Value ofDigits(std::string_view digits, int length, int decimals) {
+    Value v;
+    v.setDigits(digits, length, decimals);
+    return v;
+  }
 
+  // The same in the place of what the value was.
+  void setText(std::string_view text) {
+    form_ = Form::text;
+    tailed_ = false;
+    text_ = text;
+  }
+  void setContent(std::string_view content) {
+    form_ = Form::content;
+    tailed_ = made_ = false;
+    text_ = content;
+  }
+  void setDigits(std::string_view digits, int length, int decimals);
   // Gives a number that has none its tail.
   void setTail(int length, int decimals) {
     tailed_ = true;
@@ -82,18 +98,29 @@ class Value {
     if (form_ != Form::text && !made_) makeText();
     return text_;
   }
-  double number() const { return form_ == Form::text ? textNumber() : number_; }
-  // True when the integer that the text begins with isn't 0.
-  bool holds() const;
+  // The content of a quoted string; of any other value its text, a lone quote ending it. The room
+  // holds it when the value doesn't.
+  std::string_view content(std::string& room) const;
+  double number() const { return isKnown() ? number_ : textNumber(); }
+  // The same, of a quoted string that of its content.
+  double numberInside() const;
+  // True when the integer that the text begins with isn't 0. A computed number begins with a digit
+  // other than 0.
+  bool holds() const { return form_ > Form::digits ? number_ != 0 : textHolds(); }
   Typ typ() const;
-  bool isQuoted() const { return form_ == Form::text && !text_.empty() && text_[0] == '"'; }
-  // A number or a truth that is known without its text.
-  bool isKnown() const { return form_ != Form::text; }
+  bool isQuoted() const {
+    return form_ == Form::content || (form_ == Form::text && text_.starts_with('"'));
+  }
   bool isTruth() const { return form_ == Form::truth; }
+  bool isContent() const { return form_ == Form::content; }
+  // A number or a truth that is known without its text.
+  bool isKnown() const { return form_ >= Form::digits; }
+  // Sign of the comparison of two quoted strings as their texts compare, behind the first quote.
+  static int compareQuoted(const Value& a, const Value& b);
 
  private:
-  // What the text is made of. A number's may have a tail.
-  enum class Form : char { text, digits, integer, computed, truth };
+  // What the text is made of: of the content, in quotes; of a number, which may have a tail.
+  enum class Form : char { text, content, digits, integer, computed, truth };
 
   void copyState(const Value& v) {
     form_ = v.form_;
@@ -105,9 +132,10 @@ class Value {
   }
   bool hasText() const { return form_ <= Form::digits || made_; }
   double textNumber() const;
+  bool textHolds() const;
   void makeText() const;
 
-  Form form_ = Form::text;
+  mutable Form form_ = Form::text;
   bool tailed_ = false;
   mutable bool made_ = false;  // the text is whole; of digits, it has its tail
   int length_ = 0, decimals_ = 0;

@@ -79,10 +79,10 @@ std::string dbVal(int area, int field);
 // A field as a value, or nothing when there is no such field. Without a prefix the name is looked
 // up in area 0, whichever area is selected; a letter outside the table is an error.
 std::optional<Value> GetDb(std::string_view name);
-// The two halves of it, for a name that is looked up once (session.h: g_names). The place of a field
-// is an area from 0 on and a field index.
+// The two halves of it, for a name that is looked up once (session.h: g_names). The place of a
+// field is an area from 0 on and a field index.
 bool dbFindField(std::string_view name, int& area, int& field);
-Value dbFieldValue(int area, int field);
+void dbFieldValue(int area, int field, Value& value);
 // The number of a field that is one: false for a field of another type, and for one that holds
 // something else.
 bool dbFieldNumber(int area, int field, double& x);

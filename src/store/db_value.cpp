@@ -24,29 +24,36 @@ bool dbFindField(std::string_view name, int& area, int& field) {
   return field >= 0;
 }
 
-Value dbFieldValue(int area, int field) {
+void dbFieldValue(int area, int field, Value& value) {
   DbfTable& t = db[area].table;
   const std::string_view bytes = _bytes(t, field);
   if (t.typ[field] == 'L')
-    return L_ToVTLD(!bytes.empty() && std::string_view("TtYy").find(bytes[0]) != bytes.npos);
-  if (t.typ[field] != 'N') return s2qs(bytes);
-  return Value::ofDigits(bytes, t.len[field], t.dec[field]);
+    value.setTruth(!bytes.empty() && std::string_view("TtYy").find(bytes[0]) != bytes.npos);
+  else if (t.typ[field] == 'N')
+    value.setDigits(bytes, t.len[field], t.dec[field]);
+  else
+    value.setContent(bytes);
 }
 
 bool dbFieldNumber(int area, int field, double& x) {
   DbfTable& t = db[area].table;
-  const std::string_view bytes = _bytes(t, field);
-  if (t.typ[field] != 'N' || bytes.starts_with('"')) return false;
-  x = TxtToDbl(bytes);
+  const char* const bytes = dbfRow(t).data() + t.pos[field];
+  const auto length = static_cast<size_t>(t.len[field]);
+  if (t.typ[field] != 'N' || (length > 0 && *bytes == '"')) return false;
+  x = TxtToDbl({bytes, length});  // it ends at a zero byte, too
   return true;
 }
 
 std::optional<Value> GetDb(std::string_view name) {
   int area = 0, field = 0;
-  if (dbFindField(name, area, field)) return dbFieldValue(area, field);
-  if (area >= 0) return std::nullopt;
-  SynErr("AREA");
-  return Value();
+  Value value;
+  if (dbFindField(name, area, field))
+    dbFieldValue(area, field, value);
+  else if (area >= 0)
+    return std::nullopt;
+  else
+    SynErr("AREA");
+  return value;
 }
 
 }  // namespace mox
