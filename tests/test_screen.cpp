@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstring>
 #include <sstream>
 
@@ -504,7 +505,7 @@ TEST_F(ScreenTest, HangUp) {
     Do("MODIFY COMMAND a" + kEnter, {{23, 0, told}});
     Do((again ? " " : "") + std::string("new\x03"), {{1, 0, "newone"}});
     screen_->HangUp();
-    EXPECT_EQ(screen_->Ended(), -1);
+    EXPECT_EQ(screen_->Ended(), 128 + SIGHUP);
     EXPECT_EQ(Bytes("a.cmd") + Bytes(name), "one\nnewone\n");
   }
 }
