@@ -1,12 +1,10 @@
-// Whole tables: the sort, and the join that needs no run.
+// Whole tables: the sort, and copies for callers.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "commands/moxjoin.h"
 #include "commands/moxsort.h"
 #include "run/prompt.h"
-#include "session/error.h"
 #include "store/db.h"
 #include "temp_dir.h"
 
@@ -64,23 +62,6 @@ TEST_F(Tables, SortOfAnySize) {
     const size_t stand = n > 8 ? 2 * n : n;
     EXPECT_EQ(dbfHeaderSize + stand * 12 + 1, fs::file_size("S.dbf"));
     EXPECT_EQ(0x1A, Bytes("S.dbf")[dbfHeaderSize + n * 12]);
-  }
-}
-
-// The commonest condition of a JOIN is told by its steps, whatever the grammar makes of it.
-TEST_F(Tables, JoinsThatNeedNoRunForEachPair) {
-  for (int area : {0, 1}) {
-    Make("T" + std::to_string(area), 3);
-    ASSERT_EQ(0, dbOpen(area, "T" + std::to_string(area)));
-  }
-  for (const char* equal : {"KEY=S.KEY", "S.NUM=P.NUM", "num = b.key"}) {
-    Expr condition(equal, scanSteps);
-    EXPECT_TRUE(JoinsEqualFields(condition)) << equal;
-  }
-  for (const char* other :
-       {"KEY=P.KEY", "KEY>S.KEY", "NUM=S.NUM+0", "KEY=S.NONE", "KEY=S.KEY .AND. T"}) {
-    Expr condition(other, scanSteps);
-    EXPECT_FALSE(JoinsEqualFields(condition)) << other;
   }
 }
 
