@@ -19,6 +19,8 @@
 #include "session/options.h"
 #include "session/strreplace.h"
 #include "session/value.h"
+#include "session_run.h"
+#include "temp_dir.h"
 
 namespace mox {
 
@@ -76,6 +78,12 @@ Lines Difference(const std::set<std::string>& a, const std::set<std::string>& b)
   Lines names;
   std::set_symmetric_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(names));
   return names;
+}
+
+std::string Joined(const Lines& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + '\n';
+  return text;
 }
 
 std::string TopicOf(const std::string& name) { return str_replace(name, " ", "-"); }
@@ -164,6 +172,48 @@ TEST(Help, ExamplesAreRight) {
     }
   }
   errnum = errNone;
+}
+
+// Each example is a command file, in a folder that has what the examples name; what it asks for is
+// typed. None says that something is wrong.
+TEST(Help, ExamplesRun) {
+  const std::string setup =
+      "CREATE people\nNAME,C,20\nAGE,N,3\nTOWN,C,10\nBORN,C,10\nWAGE,N,8,2\nPART,C,5\nAMOUNT,N,6\n"
+      "PRICE,N,6,2\nCLIENT,C,5\nPAY,N,8,2\nPAYTEXT,C,8\nCOUNT,N,3\n\nSET TALK OFF\nUSE people\n"
+      "APPEND BLANK : REPLACE NAME WITH \"Smith\", AGE WITH 42, PAYTEXT WITH \"1,5\"\n"
+      "APPEND BLANK : APPEND BLANK : APPEND BLANK : APPEND BLANK\n"
+      "COPY TO stock : COPY TO orders : COPY TO prices : COPY TO newones : COPY TO newlist\n"
+      "COPY TO people.csv SDF DELIMITED : COPY TO list.txt SDF : COPY TO clients : COPY TO keep\n"
+      "COPY TO people.txt SDF : COPY TO sheet.csv SDF DELIMITED WITH "
+      "\";\"\n"
+      "INDEX ON NAME TO names : INDEX ON AGE TO ages : INDEX ON TOWN TO bytown\n"
+      "INDEX ON CLIENT TO byclient : USE people INDEX names : STORE \"2026-11-23\" TO DAY\n"
+      "STORE 1 TO N : STORE 2 TO M : SAVE TO mydata\nSET TALK ON\nDO example\n";
+  const std::pair<std::regex, std::string> typed[] = {
+      {std::regex("(READ|EDIT|APPEND|BROWSE|MODIFY COMMAND)\\b(?! BLANK| FROM).*"), "\x17"},
+      {std::regex("MODIFY STRUCTURE"), "Y\x17"},
+      {std::regex("CREATE.*"), "NAME,C,20\nAGE,N,3\n\n"},
+      {std::regex("ACCEPT.*|INPUT.*"), "5\n"},
+      {std::regex("WAIT.*|DISPLAY STATUS"), "q"}};
+  const std::regex wrong("ERROR|CANNOT|NOT EXIST|NOT A|NO RECORD|IN USE|FAILED|\\*\\*\\* ");
+  for (const auto& [topic, body] : ReadHelp()) {
+    for (const Lines& example : Blocks(body, "Example:")) {
+      const TempDir folder;
+      std::string in = setup;
+      for (const std::string& line : example)
+        for (const auto& [statement, keys] : typed)
+          if (std::regex_match(std::string(dlb(line)), statement)) in += keys;
+      if (example[0].starts_with("CREATE")) in.insert(in.find("DO example"), "USE\n");
+      PutBytes("example.cmd", Joined(example));
+      for (const char* file : {"report.cmd", "tour.cmd"}) PutBytes(file, "? 1\n");
+      PutBytes("entry.fmt", "@ 5,0 GET AGE\n");
+      if (topic == "DELETE-FILE") PutBytes("people.bak", "");
+      PutBytes("in", in);
+      EXPECT_EQ(RunProgram(MOX_PROGRAM, {}, ".", ".") + Bytes("err"), "") << topic;
+      const std::string out = Bytes("out");
+      EXPECT_FALSE(std::regex_search(out, wrong)) << topic << out;
+    }
+  }
 }
 
 // A message is a text of at least two words in capitals that stands alone in the sources. Those

@@ -270,7 +270,9 @@ TEST_F(LineTest, LongLines) {
   Do("\xe6\x97\xa5", "??", 2);
   Do(kBack + kBack + "\xe6\x97\xa5", "??", 2);
   EXPECT_EQ(s.Row(kFirst), ".  " + Repeat("y", 76));
-  Do(kLeft, "??", 0);
+  Do(kBack + "z" + kLeft + "\xe6\x97\xa5", "??z", 2);
+  EXPECT_EQ(s.Row(kFirst), ".  " + Repeat("y", 76));
+  Do(kLeft, "??z", 0);
   Do(kLeft, ".  " + Repeat("y", 76), 78);
   Do(kRest + kFront, ".", 2);
   EXPECT_EQ(s.Row(kFirst + 1), "");
