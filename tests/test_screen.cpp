@@ -108,11 +108,12 @@ TEST_F(ScreenTest, FormDrawsAndSaves) {
 TEST_F(ScreenTest, FormPlacesAndPictures) {
   PutBytes(
       "a.cmd",
-      "STORE \"12x45\" TO P\nSTORE T TO L\nSTORE 3 TO N\nSTORE \"ab\" TO S\nCOUNT TO C\n"
+      "STORE \"12x45\" TO P\nSTORE T TO L\nSTORE F TO M\nSTORE 3 TO N\nSTORE \"ab\" TO S\nCOUNT TO "
+      "C\n"
       "ERASE\n@ 2,79 GET S\n@ 3,70 SAY \"ABCDEFGHIJ\" GET S\n@ 4,0 SAY 1.5\n@ 4,10 SAY T\n"
       "@ 5,0 GET P PICTURE \"99.99\"\n@ 6,0 GET S PICTURE \"--\"\n@ 7,0 GET L\n@ 8,0 GET S PICTURE "
       "\"!A\"\n@ 9,0 GET N\n@ 99,99 SAY \".\"\n@ 10,0 GET C\n@ 22,70 SAY \"123456789012\"\n"
-      "@ 23,60 GET LONG\nREAD\n");
+      "@ 11,0 GET M\n@ 23,60 GET LONG\nREAD\n");
   Table("p.dbf", {"LONG,C,60"}, {std::string(60, 'L'), std::string(60, 'L')});
   Start();
   Lines({"USE p", "SET CONFIRM ON", "SET SCREEN ON"});
@@ -130,14 +131,15 @@ TEST_F(ScreenTest, FormPlacesAndPictures) {
   std::string all;
   for (char c = ' '; c < 127; ++c) all += c;
   Do(kDown + kDown + all, {{5, 0, ": + 45:"}});
-  Do(kDown + "y" + kDown + "z9Z" + kDown + kDown + kDown + "abc" + Repeat(kRight, 40) + "Z",
+  Do(kDown + "n" + kDown + "z9Z" + kDown + kDown + kDown + "y" + kDown + "abc" +
+         Repeat(kRight, 40) + "Z",
      {{22, 70, "1234567890"}, {23, 60, ":abc" + std::string(16, 'L')}});
   EXPECT_EQ(screen_->Cursor(), std::pair(23, 79));
   Do(kSave);
   EXPECT_EQ(Records("p.dbf").substr(61),
             " abc" + std::string(40, 'L') + "Z" + std::string(16, 'L'));
-  Lines({"ERASE", "? L", "? S"});
-  EXPECT_NE(screen_->All().find("\n .T."), std::string::npos) << screen_->All();
+  Lines({"ERASE", "?? L : ? M", "? S"});
+  EXPECT_NE(screen_->All().find("\n .F.  .T.\n"), std::string::npos) << screen_->All();
   EXPECT_NE(screen_->All().find("\n ZZ\n"), std::string::npos) << screen_->All();
   Quit();
 }
@@ -257,7 +259,8 @@ TEST_F(ScreenTest, ModifyStructure) {
   EXPECT_EQ(Bytes("p.dbf"), before);
   Lines({"MODIFY STRUCTURE"});
   Do("Y");
-  Do(kDown + kDown + "bad x 1" + kDown + "flag l" + kDown + kDown + "dropped c 3" + kSave,
+  Do(kTab + kUp + kTab + kEnter + "bad x 1" + kDown + "flag l" + kDown + kDown + "dropped c 3" +
+         kSave,
      {{22, 0, "BAD TYPE FIELD"}});
   Lines({"APPEND BLANK", "ERASE", "DISPLAY STRUCTURE"});
   const std::string all = screen_->All();

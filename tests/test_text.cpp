@@ -70,15 +70,12 @@ TEST(Number, SixByteForm) {
 TEST(Files, LinesOfTextFiles) {
   const TempDir dir;
   const std::string full(maxLine, 'x'), most(maxLine - 1, 'y');
-  const std::pair<std::string, Lines> cases[] = {{"a\r\nb\n\nc", {"a", "b", "", "c"}},
-                                                 {"a\rb\r\r\n", {"a\rb"}},
-                                                 {"a\n\x1Az\n", {"a"}},
-                                                 {{"a\0b\nc", 5}, {"a", "c"}},
-                                                 {full + "z\n", {full, "z"}},
-                                                 {"\xEF\xBB\xBF" + full + "z\n", {full, "z"}},
-                                                 {"\xEF\xBBz", {"\xEF\xBBz"}},
-                                                 {full + "\r\nz", {full, "", "z"}},
-                                                 {most + "\r\nz", {most, "z"}}};
+  const std::pair<std::string, Lines> cases[] = {
+      {"a\r\nb\n\nc", {"a", "b", "", "c"}}, {"a\rb\r\r\n", {"a\rb"}},
+      {"a\nb\x1Az\n", {"a", "b"}},          {{"a\0b\nc", 5}, {"a", "c"}},
+      {full + "z\n", {full, "z"}},          {"\xEF\xBB\xBF" + full + "z\n", {full, "z"}},
+      {"\xEF\xBBz", {"\xEF\xBBz"}},         {full + "\r\nz", {full, "", "z"}},
+      {most + "\r\nz", {most, "z"}}};
   for (const auto& [bytes, lines] : cases) {
     PutBytes("t", bytes);
     EXPECT_EQ(ReadLines("t"), lines) << bytes;
