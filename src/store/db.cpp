@@ -144,9 +144,10 @@ int dbFileInfo(const std::string& filename, int& records, std::string& date) {
   return 0;
 }
 
-std::string dbVal(int area, int field) { return fldget(_table(area), field); }
+std::string_view dbVal(int area, int field) { return fldget(_table(area), field); }
 
 int dbSetVal(int area, int field, std::string_view value) {
+  if (value.find('"') == value.npos) return fldput(_table(area), field, value);
   return fldput(_table(area), field, qs2s(value));
 }
 

@@ -74,8 +74,8 @@ Lines dbFields(int area);  // names of all fields, in order
 // Record count and date ("dd/mm/yy") of a table file: 0, or -1 when it can't be opened.
 int dbFileInfo(const std::string& filename, int& records, std::string& date);
 
-// The raw characters of a field.
-std::string dbVal(int area, int field);
+// The raw characters of a field, until the record buffer changes.
+std::string_view dbVal(int area, int field);
 // A field as a value, or nothing when there is no such field. Without a prefix the name is looked
 // up in area 0, whichever area is selected; a letter outside the table is an error.
 std::optional<Value> GetDb(std::string_view name);

@@ -7,16 +7,6 @@
 
 namespace mox {
 
-namespace {
-
-std::string_view _bytes(DbfTable& t, int field) {
-  const std::string_view bytes = std::string_view(dbfRow(t)).substr(
-      static_cast<size_t>(t.pos[field]), static_cast<size_t>(t.len[field]));
-  return bytes.substr(0, bytes.find('\0'));
-}
-
-}  // namespace
-
 bool dbFindField(std::string_view name, int& area, int& field) {
   const std::string_view bare = af2f(name);
   area = bare.size() == name.size() ? 0 : af2a(name);
@@ -26,7 +16,7 @@ bool dbFindField(std::string_view name, int& area, int& field) {
 
 void dbFieldValue(int area, int field, Value& value) {
   DbfTable& t = db[area].table;
-  const std::string_view bytes = _bytes(t, field);
+  const std::string_view bytes = fldget(t, field);
   if (t.typ[field] == 'L')
     value.setTruth(!bytes.empty() && std::string_view("TtYy").find(bytes[0]) != bytes.npos);
   else if (t.typ[field] == 'N')
