@@ -66,12 +66,14 @@ bool DbChk() {
 }
 
 void dbRest() {
+  dbPut();
   for (DbArea& a : db)
     if (dbfOPEN(a.table)) imgPut(a.table.file->image);
   ndxRest();
 }
 
 void dbInit() {
+  dbPut();
   for (DbArea& a : db) a = DbArea{};
   ++g_names;
   _area = 0;
@@ -93,6 +95,7 @@ int dbClose(int area) {
 }
 
 int dbCloseDbf(int area) {
+  dbPut();
   DbfTable& t = _table(area);
   const std::string name = t.name;
   const int result = dbfClose(t);

@@ -86,8 +86,9 @@ void dbFieldValue(int area, int field, Value& value);
 // The number of a field that is one: false for a field of another type, and for one that holds
 // something else.
 bool dbFieldNumber(int area, int field, double& x);
-// Sets a field in the record buffer from a value or from a text in quoted string form.
+// Sets a field in the record buffer from a text, also in quoted string form, or from a value.
 int dbSetVal(int area, int field, std::string_view value);
+void dbSetFieldValue(int area, int field, const Value& value);
 const std::string& dbRow(int area);
 void dbSetRow(int area, const std::string& row);
 
@@ -135,6 +136,16 @@ enum DbResult { dbNoKey = 1 };
 // out together. dbLetGo reports a refusal and tells how many of the added records are lost by it.
 void dbHold(int area);
 int dbLetGo(int area);
+//
+// dbReplaceLater is dbReplace in a run of steps that leave nothing behind that can be seen: the
+// records of one table without indexes are held over such steps. The run calls dbPut before it does
+// anything else and at its end, and dbTick in each turn of a loop, so that nothing is held for more
+// than a tenth of a second; nor are more than holdBytes. A refusal is reported when it is met.
+extern bool g_late;  // something is held
+int dbReplaceLater(int area);
+void dbPut();
+void dbTick();
+//
 int dbAppend(int area);
 int dbBegin(int area);  // a new record that nobody sees before dbReplace or dbReplaceNew
 void dbRepl0(int area);

@@ -25,6 +25,17 @@ void dbFieldValue(int area, int field, Value& value) {
     value.setContent(bytes);
 }
 
+void dbSetFieldValue(int area, int field, const Value& value) {
+  DbfTable& t = dbAreaOf(area).table;
+  std::string room;
+  if (t.typ[field] == 'N' && value.isKnown())
+    fldputNumber(t, field, value.number());
+  else if (t.typ[field] == 'L' && value.typ().type == 'L')
+    fldput(t, field, L_FmVTLD(value) ? "T" : "F");
+  else
+    fldput(t, field, value.content(room));
+}
+
 bool dbFieldNumber(int area, int field, double& x) {
   DbfTable& t = db[area].table;
   const char* const bytes = dbfRow(t).data() + t.pos[field];

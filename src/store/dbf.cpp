@@ -147,6 +147,17 @@ bool _takePrinted(std::string_view& text, int decimals) {
   return true;
 }
 
+// Sets a field to the first characters that fit: a numeric one on the right, others on the left.
+void _setField(DbfTable& t, int field, std::string_view text) {
+  const size_t width = static_cast<size_t>(t.len[field]);
+  text = text.substr(0, width);
+  const size_t blanks = width - text.size(), ahead = t.typ[field] == 'N' ? blanks : 0;
+  char* const place = dbfRow(t).data() + t.pos[field];
+  std::fill_n(place, ahead, ' ');
+  std::copy(text.begin(), text.end(), place + ahead);
+  std::fill_n(place + ahead + text.size(), blanks - ahead, ' ');
+}
+
 int _dbfReadHeader(DbfTable& t) {
   Header h;
   if (!imgRead(t.file->image, 0, reinterpret_cast<char*>(h.data()), h.size())) return dbfShort;
@@ -587,17 +598,15 @@ std::string fldgetqs(DbfTable& t, int field) {
 
 int fldput(DbfTable& t, int field, std::string_view text) {
   if (!_dbfHasField(t, field)) return -1;
-  const bool number = t.typ[field] == 'N';
-  std::string printed;
-  if (number && !_takePrinted(text, t.dec[field]))
-    text = printed = FmtFix(TxtToDbl(text), 0, t.dec[field]);
-  const size_t width = static_cast<size_t>(t.len[field]);
-  text = text.substr(0, width);
-  char* const place = dbfRow(t).data() + t.pos[field];
-  const size_t blanks = width - text.size();
-  std::copy(text.begin(), text.end(), number ? place + blanks : place);
-  std::fill_n(number ? place : place + text.size(), blanks, ' ');
+  if (t.typ[field] == 'N' && !_takePrinted(text, t.dec[field]))
+    fldputNumber(t, field, TxtToDbl(text));
+  else
+    _setField(t, field, text);
   return 0;
+}
+
+void fldputNumber(DbfTable& t, int field, double x) {
+  _setField(t, field, FmtFix(x, 0, t.dec[field]));
 }
 
 int dbfCpyRowToFm(DbfTable& target, DbfTable& source, const Lines& fields) {

@@ -184,6 +184,7 @@ std::string fldgetqs(DbfTable& t, int field);
 // Sets the field in row: a numeric field takes the number that the text begins with, printed to
 // width and decimals; every field keeps the first characters that fit and is filled with spaces.
 int fldput(DbfTable& t, int field, std::string_view text);
+void fldputNumber(DbfTable& t, int field, double x);  // of a numeric field
 // Fills the target's row by field name; an empty list means all fields of the source. A name that
 // the source lacks gives an empty value, one that the target lacks is passed over.
 // -1 target closed, -2 source closed. No statement does.
