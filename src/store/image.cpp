@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <cstring>
 
+#include "session/session.h"
+
 namespace mox {
 
 namespace {
 
 std::int64_t _length(std::size_t n) { return static_cast<std::int64_t>(n); }
+
+constexpr std::int64_t _none = -1;
 
 bool _isHeld(const Block& b) { return b.from < b.to; }
 
@@ -28,6 +32,10 @@ void _load(Image& m, Block& b, std::int64_t place) {
   b.bytes.resize(blockSize);
   b.size = OS_FileRead(m.f, place, b.bytes.data(), blockSize);
   std::fill(b.bytes.begin() + _length(b.size), b.bytes.end(), '\0');
+  if (b.size == blockSize || OS_FileSize(m.f) <= place + _length(b.size)) return;
+  b.place = _none;  // the next look reads again
+  b.size = 0;
+  ReadFailed(m.name);
 }
 
 // A block for other bytes of the file.
@@ -76,7 +84,10 @@ void _patch(Image& m, std::int64_t offset, const char* bytes, std::size_t n, boo
     const std::int64_t place = offset - offset % _length(blockSize);
     const std::size_t from = static_cast<std::size_t>(offset - place);
     const std::size_t here = std::min(n, blockSize - from);
-    if (Block* const b = held ? &_at(m, offset) : _find(m, place)) {
+    Block* const b = held ? &_at(m, offset) : _find(m, place);
+    if (b && b->place != place) {
+      m.refused = true;
+    } else if (b) {
       std::memcpy(b->bytes.data() + from, bytes, here);
       b->size = std::max(b->size, from + here);
       if (held) {
@@ -103,9 +114,10 @@ bool _writeThrough(Image& m, std::int64_t offset, const char* bytes, std::size_t
 
 }  // namespace
 
-void imgOpen(Image& m, FileHandle f) {
+void imgOpen(Image& m, FileHandle f, const std::string& name) {
   m = Image{};
   m.f = f;
+  m.name = name;
   m.waits = OS_Waits();
   m.size = std::max<std::int64_t>(OS_FileSize(f), 0);
 }
