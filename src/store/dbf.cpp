@@ -19,7 +19,6 @@ constexpr int fieldSize = 16, inType = 11, inWidth = 12, inDecimals = 15;
 
 constexpr int version = 2;
 constexpr unsigned char fieldsEnd = 0x0D;
-constexpr char endMark = 0x1A;
 
 using Header = std::array<unsigned char, dbfHeaderSize>;
 
