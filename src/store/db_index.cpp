@@ -227,13 +227,8 @@ int _replace(int area, bool mayLack) {
   std::vector<KeyMove> moves = _indexesOf(a);
   for (KeyMove& m : moves) m.x->file->damaged = false;  // what an earlier statement met
   dbfRow(a.table);
-<<<<<<< HEAD
-  const bool made = moves.empty() || _makeKeys(a.table, moves, mayLack);
+  const bool made = (moves.empty() || _makeKeys(a.table, moves, mayLack)) && !ReadHasFailed();
   const bool moved = made && _moveRecord(a.table, moves) == 0;
-=======
-  const bool moved =
-      _makeKeys(a.table, moves, mayLack) && !ReadHasFailed() && _moveRecord(a.table, moves) == 0;
->>>>>>> n
   if (!moved) dbfRevert(a.table);
   if (!moves.empty()) dbMasterBack(a);
   const auto lacks = [](const KeyMove& m) { return !m.in; };

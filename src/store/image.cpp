@@ -11,11 +11,9 @@ namespace {
 
 std::int64_t _length(std::size_t n) { return static_cast<std::int64_t>(n); }
 
-<<<<<<< HEAD
-std::size_t _number(std::int64_t offset) { return static_cast<std::size_t>(offset) / blockSize; }
-=======
 constexpr std::int64_t _none = -1;
->>>>>>> n
+
+std::size_t _number(std::int64_t offset) { return static_cast<std::size_t>(offset) / blockSize; }
 
 bool _isHeld(const Block& b) { return b.from < b.to; }
 
@@ -48,7 +46,7 @@ Block& _free(Image& m) {
   const auto older = [](const Block& x, const Block& y) { return x.used < y.used; };
   Block& b = *std::min_element(m.blocks.begin(), m.blocks.end(), older);
   if (_isHeld(b)) imgPut(m);
-  m.slots[_number(b.place)] = 0;
+  if (b.place != _none) m.slots[_number(b.place)] = 0;
   return b;
 }
 
@@ -64,6 +62,7 @@ Block& _at(Image& m, std::int64_t offset) {
   if (!b) {
     b = &_free(m);
     _load(m, *b, offset - offset % _length(blockSize));
+    if (b->place == _none) return *b;
     m.slots.resize(std::max(m.slots.size(), _number(offset) + 1));
     m.slots[_number(offset)] = static_cast<std::uint8_t>(b - m.blocks.data() + 1);
   }
@@ -96,14 +95,10 @@ void _patch(Image& m, std::int64_t offset, const char* bytes, std::size_t n, boo
     const std::int64_t place = offset - offset % _length(blockSize);
     const std::size_t from = static_cast<std::size_t>(offset - place);
     const std::size_t here = std::min(n, blockSize - from);
-<<<<<<< HEAD
-    if (Block* const b = held ? &_at(m, offset) : _find(m, offset)) {
-=======
-    Block* const b = held ? &_at(m, offset) : _find(m, place);
+    Block* const b = held ? &_at(m, offset) : _find(m, offset);
     if (b && b->place != place) {
       m.refused = true;
     } else if (b) {
->>>>>>> n
       std::memcpy(b->bytes.data() + from, bytes, here);
       b->size = std::max(b->size, from + here);
       if (held) {
