@@ -8,14 +8,13 @@
 #include "host/file.h"
 #include "host/host.h"
 #include "host/path.h"
+#include "session/session.h"
 
 namespace mox {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr int _endMark = 0x1A;
 
 constexpr int _fpSlots = 10;
 constexpr int _fpFirst = 2;  // the first slot for files
@@ -86,7 +85,8 @@ bool FileDelete(const std::string& path) {
   const fs::path file = PathOf(path);
   std::error_code ec;
   const fs::file_status status = fs::symlink_status(file, ec);
-  return (fs::is_regular_file(status) || fs::is_symlink(status)) && fs::remove(file, ec);
+  return (fs::is_regular_file(status) || fs::is_symlink(status)) && OS_MayUseFile(FileOp::remove) &&
+         fs::remove(file, ec);
 }
 
 bool FileRename(const std::string& from, const std::string& to) {
@@ -106,13 +106,19 @@ bool FileInUse(const std::string& path) {
                      [&](const FileUse* use) { return SameFile(use->path, path); });
 }
 
+bool ReadEnded(std::FILE* f, const std::string& path) {
+  if (!std::ferror(f)) return true;
+  ReadFailed(path);
+  return false;
+}
+
 bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
   line.clear();
   bool content = true;
   for (size_t n = 0; n < max; ++n) {
     int c = std::getc(f);
     if (c == EOF) return n > 0;
-    if (c == _endMark) {
+    if (c == endMark) {
       std::ungetc(c, f);  // the next read meets it again
       return n > 0;
     }
@@ -136,7 +142,8 @@ std::optional<Lines> ReadLines(const std::string& path) {
   _skipByteOrderMark(f.get());
   Lines lines;
   for (std::string line; ReadTextLine(f.get(), maxLine, line);) lines.push_back(rm_nl(line));
-  return lines;
+  if (ReadEnded(f.get(), path)) return lines;
+  return std::nullopt;
 }
 
 void K7Init() { FpCloseAll(); }

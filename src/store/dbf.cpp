@@ -19,7 +19,6 @@ constexpr int fieldSize = 16, inType = 11, inWidth = 12, inDecimals = 15;
 
 constexpr int version = 2;
 constexpr unsigned char fieldsEnd = 0x0D;
-constexpr char endMark = 0x1A;
 
 using Header = std::array<unsigned char, dbfHeaderSize>;
 
@@ -124,6 +123,40 @@ std::string xtract(std::string_view text, size_t n) {
   return std::string(text.substr(0, text.find('\0')));
 }
 
+// Takes the blanks off a number that is printed as it would be printed with these decimals.
+bool _takePrinted(std::string_view& text, int decimals) {
+  constexpr size_t exact = 15;  // digits that a number holds as they are
+  const std::string_view body = text.substr(std::min(text.find_first_not_of(' '), text.size()));
+  std::string_view whole = body;
+  if (decimals > 0) {
+    const size_t behind = static_cast<size_t>(decimals);
+    if (behind > exact || body.size() < behind + 2 || body[body.size() - behind - 1] != '.')
+      return false;
+    whole.remove_suffix(behind + 1);
+    for (const char c : body.substr(whole.size() + 1))
+      if (c < '0' || c > '9') return false;
+  }
+  const bool minus = whole.starts_with('-');
+  if (minus) whole.remove_prefix(1);
+  if (whole.empty() || whole.size() + decimals > exact) return false;
+  if (whole[0] == '0' && (whole.size() > 1 || (minus && decimals == 0))) return false;
+  for (const char c : whole)
+    if (c < '0' || c > '9') return false;
+  text = body;
+  return true;
+}
+
+// Sets a field to the first characters that fit: a numeric one on the right, others on the left.
+void _setField(DbfTable& t, int field, std::string_view text) {
+  const size_t width = static_cast<size_t>(t.len[field]);
+  text = text.substr(0, width);
+  const size_t blanks = width - text.size(), ahead = t.typ[field] == 'N' ? blanks : 0;
+  char* const place = dbfRow(t).data() + t.pos[field];
+  std::fill_n(place, ahead, ' ');
+  std::copy(text.begin(), text.end(), place + ahead);
+  std::fill_n(place + ahead + text.size(), blanks - ahead, ' ');
+}
+
 int _dbfReadHeader(DbfTable& t) {
   Header h;
   if (!imgRead(t.file->image, 0, reinterpret_cast<char*>(h.data()), h.size())) return dbfShort;
@@ -188,20 +221,20 @@ int _openFile(DbfTable& t, bool keep) {
     const FileHandle f = OS_FileOpen(t.name, FileMode::change);
     if (f == noFile) return dbfClosed;
     file = std::make_shared<DbfFile>();
-    imgOpen(file->image, f);
+    imgOpen(file->image, f, t.name);
     file->use.emplace(t.name);
     _files.push_back(file);
   }
   t.file = file;
-  if (keep && !file->kept && !OS_FileKeep(file->image.f)) return dbfInUse;
+  if (keep && !file->kept && !OS_FileKeep(file->image.f, t.name)) return dbfInUse;
   file->kept |= keep;
   return _dbfReadHeader(t);
 }
 
 // Puts a table in the making in its place.
-bool _finish(DbfFile& f) {
-  if (!f.made) return true;
-  return imgPut(f.image) && NewFileDone(*f.made) == 0;
+int _finish(DbfFile& f) {
+  if (!f.made) return 0;
+  return imgPut(f.image) ? NewFileDone(*f.made) : dbfCantWrite;
 }
 
 // Writes the file anew, its length and the bytes behind the last record that is kept as they are,
@@ -236,7 +269,7 @@ bool _packInto(DbfTable& t, Image& to, int& kept, std::string& row) {
 bool _takeOver(DbfFile& file, NewFile& made) {
   FileHandle f = file.image.f;
   const bool done = NewFileDone(made, &f) == 0;
-  imgOpen(file.image, f);
+  imgOpen(file.image, f, file.use->path);
   return done;
 }
 
@@ -252,7 +285,7 @@ int dbfCreate(DbfTable& t, std::string_view filename) {
   file->made = std::make_unique<NewFile>();
   if (const int result = NewFileOpen(*file->made, FnExt(filename, ".dbf")); result != 0)
     return result;
-  imgOpen(file->image, file->made->f);
+  imgOpen(file->image, file->made->f, file->made->path);
   file->image.holds = true;
   t.file = std::move(file);
   t.name = filename;
@@ -313,10 +346,10 @@ int dbfOpen(DbfTable& t, std::string_view filename, bool keep) {
 int dbfClose(DbfTable& t) {
   ++g_names;
   if (!t.file) return dbfClosed;
-  bool written = !t.dirty || _dbfUpdHdrDate(t);
-  written = written && _finish(*t.file);
+  int result = !t.dirty || _dbfUpdHdrDate(t) ? 0 : dbfCantWrite;
+  if (result == 0) result = _finish(*t.file);
   t = DbfTable{};
-  return written ? 0 : dbfCantWrite;
+  return result;
 }
 
 int dbfDispStruc(const DbfTable& t) {
@@ -357,7 +390,7 @@ std::string& dbfRow(DbfTable& t) {
   if (!old) return t.row;
   t.stale = false;
   t.seen = t.file->changes;
-  if (t.recno >= 1 && _dbfHas(t, t.recno)) _dbfGet(t, t.recno, t.row);
+  if (t.recno >= 1 && _dbfHas(t, t.recno)) t.stale = !_dbfGet(t, t.recno, t.row);
   return t.row;
 }
 
@@ -386,9 +419,11 @@ std::string dbfStored(DbfTable& t) {
 }
 
 int dbfReplace(DbfTable& t) {
+  if (ReadHasFailed()) return dbfCantWrite;
   if (t.adding) {
-    const std::string record = t.row + endMark;
-    const bool put = _dbfPut(t, _dbfOffset(t, t.recno), record.data(), record.size());
+    t.row += endMark;
+    const bool put = _dbfPut(t, _dbfOffset(t, t.recno), t.row.data(), t.row.size());
+    t.row.pop_back();
     return put ? 0 : dbfCantWrite;
   }
   if (!_inRange(t)) return -1;
@@ -401,7 +436,7 @@ int dbfReplace(DbfTable& t) {
 
 int dbfBegin(DbfTable& t) {
   if (!t.file) return dbfClosed;
-  if (t.file->rmax >= t.limit) return dbfFull;
+  if (t.file->rmax >= maxRecords) return dbfFull;
   t.row.assign(static_cast<size_t>(t.rowsize), ' ');
   t.recno = t.file->rmax + 1;
   t.stale = false;
@@ -462,7 +497,7 @@ int dbfPack(DbfTable& t) {
   Image image;
   int kept = 0;
   if (NewFileOpen(made, t.file->use->path, true) != 0) return dbfCantWrite;
-  imgOpen(image, made.f);
+  imgOpen(image, made.f, made.path);
   image.holds = true;
   std::string row = dbfRow(t);
   if (!_packInto(t, image, kept, row) || !_takeOver(*t.file, made)) return dbfCantWrite;
@@ -503,6 +538,39 @@ int dbfLetGo(DbfTable& t, int& lost) {
   return dbfCantWrite;
 }
 
+std::string dbfRows(DbfTable& t) {
+  std::string rows(static_cast<size_t>(dbfROWS(t)) * static_cast<size_t>(t.rowsize), ' ');
+  if (!rows.empty()) imgRead(t.file->image, _dbfOffset(t, 1), rows.data(), rows.size());
+  return rows;
+}
+
+int dbfSetRows(DbfTable& t, const std::vector<const char*>& rows, bool merged) {
+  long at = _dbfOffset(t, 1);
+  bool done = true;
+  std::string piece;
+  const auto put = [&] {
+    done = done && _dbfPut(t, at, piece.data(), piece.size());
+    at += static_cast<long>(piece.size());
+    piece.clear();
+  };
+  for (int times = merged ? 2 : 1; times > 0; --times)
+    for (const char* const row : rows) {
+      piece.append(row, static_cast<size_t>(t.rowsize));
+      if (piece.size() >= holdBytes) put();
+    }
+  piece += endMark;
+  put();
+  if (merged) {  // the record behind the last was blank when it was given up
+    piece.assign(static_cast<size_t>(t.rowsize), ' ');
+    piece.front() = endMark;
+    piece += endMark;
+    at = _dbfOffset(t, t.file->rmax + 1);
+    put();
+  }
+  _dbfChanged(t);
+  return done ? 0 : dbfCantWrite;
+}
+
 bool dbfOPEN(const DbfTable& t) { return t.file != nullptr; }
 bool dbfEOF(const DbfTable& t) { return !t.file || t.eof; }
 bool dbfDELETED(DbfTable& t) { return !t.file || dbfRow(t)[0] == '*'; }
@@ -517,25 +585,28 @@ int fldno(const DbfTable& t, std::string_view name) {
   return -1;
 }
 
-std::string fldget(DbfTable& t, int field) {
+std::string_view fldget(DbfTable& t, int field) {
   if (!_dbfHasField(t, field)) return {};
-  return xtract(std::string_view(dbfRow(t)).substr(static_cast<size_t>(t.pos[field])),
-                static_cast<size_t>(t.len[field]));
+  const std::string_view text(dbfRow(t).data() + t.pos[field], static_cast<size_t>(t.len[field]));
+  return text.substr(0, text.find('\0'));
 }
 
 std::string fldgetqs(DbfTable& t, int field) {
-  if (_dbfHasField(t, field) && t.typ[field] != 'C') return fldget(t, field);
+  if (_dbfHasField(t, field) && t.typ[field] != 'C') return std::string(fldget(t, field));
   return s2qs(fldget(t, field));
 }
 
 int fldput(DbfTable& t, int field, std::string_view text) {
   if (!_dbfHasField(t, field)) return -1;
-  std::string value =
-      t.typ[field] == 'N' ? FmtFix(TxtToDbl(text), t.len[field], t.dec[field]) : std::string(text);
-  size_t width = static_cast<size_t>(t.len[field]);
-  value.resize(width, ' ');
-  dbfRow(t).replace(static_cast<size_t>(t.pos[field]), width, value);
+  if (t.typ[field] == 'N' && !_takePrinted(text, t.dec[field]))
+    fldputNumber(t, field, TxtToDbl(text));
+  else
+    _setField(t, field, text);
   return 0;
+}
+
+void fldputNumber(DbfTable& t, int field, double x) {
+  _setField(t, field, FmtFix(x, 0, t.dec[field]));
 }
 
 int dbfCpyRowToFm(DbfTable& target, DbfTable& source, const Lines& fields) {
