@@ -31,6 +31,9 @@ std::string Times(int n, const std::string& text) {
 }
 
 TEST_F(Hostile, LongLinesAndBlocks) {
+  PutBytes("in", "");
+  EXPECT_EQ(RunProgram(MOX_PROGRAM, {"--help"}, "dir", "."), "");
+  EXPECT_TRUE(Bytes("out").starts_with("Usage: mox [FILE]\n"));
   // 10,000 characters come as lines of 131; a block takes 1,000.
   EXPECT_EQ(Type("*" + std::string(10000, 'x') + "\n").find(". *** SYNTAX ERROR"), 2u);
   EXPECT_NE(Type("?? \"" + std::string(10000, 'x')).find("LINE 1: xxx"), std::string::npos);
