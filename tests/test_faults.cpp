@@ -148,6 +148,7 @@ struct Faults : testing::Test {
     PutBytes("R.txt", "ann,30\nbob,12\nbob,7\neve,41\ndan,5\numa,999\n");
     PutBytes("S.txt", "zoe,12\nkim,7\nlea,88\n");
     PutBytes("X.txt", std::string(99, 'o')), PutBytes("V.mem", "\x1A"), PutBytes("P.cmd", "? 1\n");
+    PutBytes("K.cmd", "DO WHILE .NOT. EOF\nREPLACE AGE WITH AGE+1\nSKIP\nENDDO\n");
     for (const std::string table : {"T", "S", "X"}) Run("CREATE " + table, "NAME,C,5\nAGE,N,4\n\n");
     Run("USE X : APPEND FROM S.txt SDF DELIMITED : USE S : APPEND FROM S.txt SDF DELIMITED : "
         "USE T : APPEND FROM R.txt SDF DELIMITED : 1 : DELETE : 5 : DELETE : "
@@ -211,7 +212,7 @@ const Statement statements[] = {
     {"APPEND FROM S.txt SDF DELIMITED", "", "", true},
     {"SORT ON NAME TO X"}, {"TOTAL TO X ON NAME"},
     {"JOIN TO X FOR P.AGE>S.AGE", "", "SELECT B : USE S : SELECT A"},
-    {"UPDATE FROM S ON AGE ADD AGE", "", "USE X", true},
+    {"UPDATE FROM S ON AGE ADD AGE", "", "USE X", true}, {"DO K", "", "USE X", true},
     {"UPDATE FROM S ON AGE REPLACE NAME WITH NAME", "", "SET INDEX TO B,A", true},
     {"SAVE TO V"}, {"SAVE TO N"},
     {"CREATE X", "NAME,C,5\nNEW,N,4\n\n"}, {"CREATE N", "NAME,C,5\nAGE,N,4\n\n"},
