@@ -46,25 +46,4 @@ TEST_F(Hostile, TheInputEndsAnywhere) {
   for (size_t length = 0; length <= session.size(); length += 3) Type(session.substr(0, length));
 }
 
-TEST_F(Hostile, RandomBytesAndDamagedFiles) {
-  std::mt19937 random(1);
-  const auto bytes = [&](int n, const std::string& from) {
-    std::string text;
-    while (n-- > 0)
-      text += from.empty() ? static_cast<char>(random()) : from[random() % from.size()];
-    return text;
-  };
-  const std::string typed =
-      "USE t\nLIST\nDISPLAY STRUCTURE\nGOTO 9\nLIST FOR #>60000\nSUM 1\nDISPLAY FILES\nDO f\n";
-  for (int i = 0; i < 12; ++i) {
-    // A header of few random bytes among zeros, and a file that is too short for its count.
-    std::string table = "\x02" + bytes(2, "") + std::string(518, '\0') + bytes(300, "");
-    for (int k = 0; k < 60; ++k) table[3 + random() % 518] = static_cast<char>(random());
-    PutBytes("dir/t.dbf", table);
-    PutBytes("dir/f.cmd", bytes(400, ""));
-    Type(typed + bytes(2000, "") + "\n" + bytes(1000, "AT1\"'(),.:;*?&=<\n LISTORE\x1a\0\xFF"));
-    EXPECT_EQ(Bytes("dir/t.dbf"), table);
-  }
-}
-
 }  // namespace

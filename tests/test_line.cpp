@@ -314,7 +314,7 @@ TEST_F(LineTest, AnyChangeDrawsAsAnew) {
   for (int cols : {80, 13, 10}) {
     screen_->Resize(cols);
     screen_->Type(anew);
-    for (int round = 0; round < 10; ++round) {
+    for (int round = 0; round < 4; ++round) {
       std::string typed;
       for (int i = 0; i < 20; ++i) typed += keys[random() % keys.size()];
       const std::string changed = shown(typed + kLeft);
