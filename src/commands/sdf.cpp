@@ -154,6 +154,7 @@ int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
       _setDelimited(line, between);
     result = KeepAppended(test, tally, lacking);
   }
+  ReadEnded(f.get(), path);
   return EndAppend(result, tally, lacking);
 }
 

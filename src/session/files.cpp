@@ -8,6 +8,7 @@
 #include "host/file.h"
 #include "host/host.h"
 #include "host/path.h"
+#include "session/session.h"
 
 namespace mox {
 
@@ -84,7 +85,8 @@ bool FileDelete(const std::string& path) {
   const fs::path file = PathOf(path);
   std::error_code ec;
   const fs::file_status status = fs::symlink_status(file, ec);
-  return (fs::is_regular_file(status) || fs::is_symlink(status)) && fs::remove(file, ec);
+  return (fs::is_regular_file(status) || fs::is_symlink(status)) && OS_MayUseFile(FileOp::remove) &&
+         fs::remove(file, ec);
 }
 
 bool FileRename(const std::string& from, const std::string& to) {
@@ -102,6 +104,12 @@ FileUse::~FileUse() { std::erase(_uses, this); }
 bool FileInUse(const std::string& path) {
   return std::any_of(_uses.begin(), _uses.end(),
                      [&](const FileUse* use) { return SameFile(use->path, path); });
+}
+
+bool ReadEnded(std::FILE* f, const std::string& path) {
+  if (!std::ferror(f)) return true;
+  ReadFailed(path);
+  return false;
 }
 
 bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
@@ -134,7 +142,8 @@ std::optional<Lines> ReadLines(const std::string& path) {
   _skipByteOrderMark(f.get());
   Lines lines;
   for (std::string line; ReadTextLine(f.get(), maxLine, line);) lines.push_back(rm_nl(line));
-  return lines;
+  if (ReadEnded(f.get(), path)) return lines;
+  return std::nullopt;
 }
 
 void K7Init() { FpCloseAll(); }
