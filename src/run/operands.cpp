@@ -79,9 +79,9 @@ bool Operands::lay(const Effect& effect, int depth) {
   return base_ >= 0;
 }
 
-const Value& Operands::missing() {
+const Value& Operands::missing() const {
   static const Value none{std::string()};
-  IntErr("NO SUCH OPERAND");
+  IntErr(StrFmt("NO SUCH OPERAND OF %s", std::string(step_).c_str()));
   return none;
 }
 

@@ -174,7 +174,7 @@ void _dispatch(Run& run, const Step& step) {
     dbPut();
     if (errnum != errNone) return;
   }
-  Operands operands(run.stk);
+  Operands operands(run.stk, step.entry->word);
   if (operands.lay(*step.effect, run.depth)) {
     step.entry->handler(operands);
     run.depth = operands.depthAfter();
