@@ -51,7 +51,10 @@ std::string_view dlb(std::string_view text) {
   return text.substr(std::min(text.find_first_not_of(_blanks), text.size()));
 }
 
-bool isBlank(std::string_view text) { return text.find_first_not_of(_blanks) == text.npos; }
+bool isBlank(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
+}
 
 char UpperChr(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
 char LowerChr(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
