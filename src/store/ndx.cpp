@@ -39,22 +39,6 @@ void _pop(NdxFile& x) {
   x.Ino.pop_back();
 }
 
-// Takes the page onto the cursor: the page, or null when it is no page of the tree or is already
-// on the way from the root.
-NdxNode* _push(NdxFile& x, int no, int item) {
-  NdxNode* const node = NodeRead(*x.file, no);
-  if (!node) return nullptr;
-  if (x.Nno.size() == maxLevels || std::find(x.Nno.begin(), x.Nno.end(), no) != x.Nno.end()) {
-    x.file->damaged = true;
-    return nullptr;
-  }
-  x.Nno.push_back(no);
-  x.Ino.push_back(item);
-  return node;
-}
-
-NdxNode* _top(NdxFile& x) { return NodeRead(*x.file, x.Nno.back()); }
-
 // Sign and exponent decide before the digits; of negative numbers the larger form is the lower.
 int _cmpNumbers(const char* a, const char* b, int keylen) {
   const auto first = [](const char* p) { return static_cast<unsigned char>(*p); };
@@ -83,9 +67,10 @@ struct Sought {
   }
   // The first item of the page that is above the key, or with equals the first not below it.
   int place(const NdxNode& node, bool equals) const {
+    const bool halves = node.order > 0;
     int from = 0, to = node.count;
     while (from < to) {
-      const int i = (from + to) / 2, order = compare(NodeKey(node, i));
+      const int i = halves ? (from + to) / 2 : from, order = compare(NodeKey(node, i));
       if (order > 0 || (order == 0 && !equals))
         from = i + 1;
       else
@@ -97,6 +82,33 @@ struct Sought {
   int length;
   std::string_view text;
 };
+
+// Looks at the order of the items from first to last, and so at that of a page of which the others
+// ascend.
+void _noteOrder(const NdxPages& f, NdxNode& node, int first, int last) {
+  if (node.order == 0) node.order = 1;
+  for (int i = std::max(first, 0); i < std::min(last, node.count - 1); ++i) {
+    const std::string_view key(NodeKey(node, i), static_cast<size_t>(f.keylen));
+    if (Sought(f, key, maxKeyLen).compare(NodeKey(node, i + 1)) > 0) node.order = -1;
+  }
+}
+
+// Takes the page onto the cursor: the page, or null when it is no page of the tree or is already
+// on the way from the root.
+NdxNode* _push(NdxFile& x, int no, int item) {
+  NdxNode* const node = NodeRead(*x.file, no);
+  if (!node) return nullptr;
+  if (x.Nno.size() == maxLevels || std::find(x.Nno.begin(), x.Nno.end(), no) != x.Nno.end()) {
+    x.file->damaged = true;
+    return nullptr;
+  }
+  if (node->order == 0) _noteOrder(*x.file, *node, 0, node->count);
+  x.Nno.push_back(no);
+  x.Ino.push_back(item);
+  return node;
+}
+
+NdxNode* _top(NdxFile& x) { return NodeRead(*x.file, x.Nno.back()); }
 
 int _ndxTop(NdxFile& x) {
   _clear(x);
@@ -191,11 +203,11 @@ int _ndxFindRno(NdxFile& x, int rno, const std::string& text) {
   const Sought key(*x.file, text, maxKeyLen);
   for (int found = _ndxFind(x, key); found >= 0; found = _ndxFwd(x)) {
     const NdxNode* const node = _top(x);
-    const int end = key.place(*node, false);
     int& i = x.Ino.back();
+    if (key.compare(NodeKey(*node, i)) != 0) return 1;
+    const int end = node->order > 0 ? key.place(*node, false) : i + 1;
     for (; i < end && NodePll(*node, i) == 0; ++i, ++x.walked)
       if (NodeRno(*node, i) == rno) return 0;
-    if (i >= end && i < node->count) return 1;
     --i, --x.walked;
   }
   return 2;
@@ -246,6 +258,11 @@ bool NewRoot(NdxFile& x, const NdxItem& left, const NdxItem& right) {
   return true;
 }
 
+void _setItem(const NdxPages& f, NdxNode& node, int i, const NdxItem& item) {
+  NodeSetX(node, i, item);
+  _noteOrder(f, node, i - 1, i + 1);
+}
+
 // Carries the highest key of the cursor's page into the items above that stand for it.
 void _raiseKeys(NdxFile& x) {
   for (const NdxNode* child = _top(x); x.Nno.size() > 1 && child->nxt == 0;) {
@@ -257,7 +274,7 @@ void _raiseKeys(NdxFile& x) {
     if (NodeRno(*node, i) == last.rno &&
         std::memcmp(NodeKey(*node, i), last.key.data(), static_cast<size_t>(x.file->keylen)) == 0)
       return;
-    NodeSetX(*node, i, {NodePll(*node, i), last.rno, last.key});
+    _setItem(*x.file, *node, i, {NodePll(*node, i), last.rno, last.key});
     NodeWrite(*x.file, *node);
     if (i + 1 < node->count) return;
     child = node;
@@ -270,6 +287,7 @@ int insertkey(NdxFile& x, NdxItem item) {
   for (;;) {
     NdxNode& node = *_top(x);
     NodeInsX(node, x.Ino.back(), item);
+    _noteOrder(f, node, x.Ino.back() - 1, x.Ino.back() + 1);
     NodeWrite(f, node);
     if (node.count <= f.maxitms) break;
     NdxItem right;
@@ -279,7 +297,7 @@ int insertkey(NdxFile& x, NdxItem item) {
     _pop(x);
     NdxNode& above = *_top(x);
     if (x.Ino.back() < above.count)
-      NodeSetX(above, x.Ino.back(), right);
+      _setItem(f, above, x.Ino.back(), right);
     else
       above.nxt = right.pll;
   }

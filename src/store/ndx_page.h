@@ -71,6 +71,7 @@ struct NdxNode {
   int count = 0;
   int nxt = 0;
   int itmlen = 0;
+  int order = 0;         // of the keys: 1 ascending, -1 not (a damaged page), 0 not looked at
   bool changed = false;  // not yet handed to the operating system
   std::array<unsigned char, ndxPageSize + maxKeyLen + 4> data{};
   std::array<unsigned char, ndxPageSize> settled{};  // as the file had it before the changes
