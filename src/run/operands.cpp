@@ -54,6 +54,9 @@ bool Operands::lay(const Effect& effect, int depth) {
   depth_ = base_ = depth;
   results_ = effect.results;
   list_ = effect.lists;
+  end_ = 0;
+  kept_ = false;
+  rooms_.clear();
   if (effect.fixed) {
     next_ = base_ -= static_cast<int>(effect.operands.size());
     return base_ >= 0;

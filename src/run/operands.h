@@ -64,7 +64,8 @@ class Operands {
  public:
   explicit Operands(Stack& stk) : stk_(stk) {}
 
-  // Lays an effect against a stack of this depth: false when the stack hasn't the operands.
+  // Lays the effect of another step against a stack of this depth: false when the stack hasn't the
+  // operands.
   bool lay(const Effect& effect, int depth);
   // The depth behind the step.
   int depthAfter() const { return kept_ ? depth_ : base_ + results_; }
@@ -78,7 +79,7 @@ class Operands {
   const std::string& text() { return value().text(); }
   std::string_view content() {
     const Value& v = value();
-    return v.isContent() ? v.content(none_) : v.content(rooms_.emplace_front());
+    return v.isContent() ? v.content() : v.content(rooms_.emplace_front());
   }
   int integer() { return DblToInt(number()); }
   double number() { return value().number(); }
@@ -107,7 +108,6 @@ class Operands {
   std::array<int, maxLists> counts_{};  // operands of each list
   int list_ = 0;                        // the list that comes next
   bool kept_ = false;
-  std::string none_;
   std::forward_list<std::string> rooms_;  // of contents that the values don't hold
 };
 
