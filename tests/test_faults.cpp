@@ -145,6 +145,7 @@ struct Faults : testing::Test {
     PutBytes("R.txt", "ann,30\nbob,12\nbob,7\neve,41\ndan,5\numa,999\n");
     PutBytes("S.txt", "zoe,12\nkim,7\nlea,88\n");
     PutBytes("X.txt", "old"), PutBytes("V.mem", "\x1A"), PutBytes("P.cmd", "? 1\n");
+    PutBytes("L.cmd", "DO WHILE .NOT. EOF\nREPLACE AGE WITH AGE+1\nSKIP\nENDDO\n");
     for (const std::string table : {"T", "S", "X"}) Run("CREATE " + table, "NAME,C,5\nAGE,N,4\n\n");
     Run("USE X : APPEND FROM S.txt SDF DELIMITED : USE S : APPEND FROM S.txt SDF DELIMITED : "
         "USE T : APPEND FROM R.txt SDF DELIMITED : 1 : DELETE : 5 : DELETE : "
@@ -210,6 +211,7 @@ const Statement statements[] = {
     {"DELETE ALL", "", "SET INDEX TO", true},
     {"APPEND FROM S FOR AGE>10", "", "USE X", true},
     {"UPDATE FROM S ON AGE ADD AGE", "", "USE X", true},
+    {"DO L", "", "USE X", true},
     {"PACK", "", "", false, true},
     {"REINDEX"},
     {"INDEX ON NAME TO A"},
@@ -380,6 +382,42 @@ TEST_F(Kills, AtEachOperation) {
       for (int k = 1; At(s, k, before, after); ++k) ++kills;
     }
     std::printf("%d kills\n", kills);
+  });
+}
+
+// Changes of records wait for others in a run that tells nothing: they are in the file before
+// anything is told, another file is changed or the run ends, and also when it goes on and on.
+TEST_F(Faults, HeldChanges) {
+  InChild([&] {
+    const auto writes = [&](const std::string& body) {
+      Begin();
+      Run("SET INDEX TO");
+      PutBytes("L.cmd",
+               "STORE 0 TO I\nDO WHILE I<400\nREPLACE AGE WITH AGE+1\n"
+               "STORE I+1 TO I\n" +
+                   body + "ENDDO\n");
+      EXPECT_EQ(Run("DO L"), "");
+      return refuse.ops;
+    };
+    const int alone = writes("");
+    EXPECT_LT(alone, 50);
+    EXPECT_EQ(Records("T.dbf")[0].substr(6), " 430");
+    for (const std::string body :
+         {"? I\n", "APPEND BLANK\nGOTO 1\n", "SET INDEX TO\n", "STORE \"I\" TO K\nSTORE &K TO J\n",
+          "SELECT B\nUSE S\nREPLACE AGE WITH I\nSELECT A\n"})
+      EXPECT_GT(writes(body), 400) << body;
+    for (const std::string run :
+         {"DO L", "DO M", "REPLACE AGE WITH 7 : ? 1", "REPLACE AGE WITH 7 : USE"}) {
+      Begin();
+      Run("SET INDEX TO");
+      PutBytes("L.cmd", "REPLACE AGE WITH 7\nDO WHILE 1=1\nENDDO\n");
+      PutBytes("M.cmd", "REPLACE AGE WITH 7\nRETURN\n");
+      refuse = {1};
+      EXPECT_EQ(Run(run), "CANNOT WRITE FILE T.dbf") << run;
+      EXPECT_EQ(Records("T.dbf")[0].substr(6), "  30");
+      EXPECT_EQ(Run("? AGE"), "");
+      EXPECT_EQ(said, "   30 \n");
+    }
   });
 }
 

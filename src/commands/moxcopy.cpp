@@ -32,14 +32,15 @@ std::vector<FieldPair> _pairs(int area, const Lines& fields, const DbfTable& t) 
 }
 
 void _copyDBFflds(int area, const std::vector<FieldPair>& pairs, DbfTable& t) {
-  for (const FieldPair& p : pairs) fldput(t, p.to, p.from < 0 ? "" : dbVal(area, p.from));
+  for (const FieldPair& p : pairs) fldput(t, p.to, dbVal(area, p.from));
 }
 
 // Adds a record with the fields of the selected area's current one: 0, or what refused it.
 int _copyRecord(const std::vector<FieldPair>& pairs, DbfTable& t) {
-  if (const int result = dbfAppend(t); result != 0) return result;
+  if (const int result = dbfBegin(t); result != 0) return result;
   _copyDBFflds(selectedArea, pairs, t);
-  return dbfReplace(t);
+  const int result = dbfReplace(t);
+  return result == 0 ? dbfCount(t) : result;
 }
 
 std::vector<FieldPair> _appendPairs(const DbfTable& source) {

@@ -1,13 +1,16 @@
-// The sort holds at most eight records, and a merge two. Runs of up to eight records are sorted in
-// memory; two neighbouring runs are merged behind the table's end and copied back to their place.
-// The bytes of the last merge stay there, behind the end mark; the header's count rules.
+// The copy is sorted in memory, which holds its records once. Runs of up to eight records are
+// sorted by exchange, and two neighbouring runs are merged, so that equal keys come out in no order
+// that anybody chose, but always in the same. In the file of more than eight records the last merge
+// has left its working space, behind the end mark; the header's count rules.
 
 #include "commands/moxsort.h"
 
-#include <array>
-#include <climits>
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <utility>
+#include <vector>
 
 #include "commands/moxcopy.h"
 #include "commands/target.h"
@@ -23,119 +26,88 @@ namespace mox {
 
 namespace {
 
-constexpr int maxInMemory = 8;
+constexpr int maxExchange = 8;
 
-// One record in memory.
+// A record, by its row in memory and the first bytes of its key as a number.
 struct RKV {
-  int recno = 0;
-  std::string key;    // the field's text
-  std::string value;  // the whole record
+  std::uint64_t first;
+  const char* row;
 };
 
-// What is sorted, and how.
 struct Sort {
-  DbfTable t;
-  int field;
+  std::vector<RKV> records;
+  size_t keyPos, keyLen;
   int order;
 };
 
-int _rdRKV(Sort& s, int recno, RKV& r) {
-  const int result = dbfSkipTo(s.t, recno);
-  r = {recno, fldget(s.t, s.field), dbfRow(s.t)};
-  return result;
+RKV _rdRKV(const Sort& s, const char* row) {
+  RKV r{0, row};
+  for (size_t i = 0; i < sizeof r.first; ++i)
+    r.first = r.first << 8 | (i < s.keyLen ? static_cast<unsigned char>(row[s.keyPos + i]) : 0);
+  return r;
 }
 
 void _swapRKV(RKV& a, RKV& b) { std::swap(a, b); }
 
 bool _isBefore(const Sort& s, const RKV& a, const RKV& b) {
-  const int sign = a.key.compare(b.key);
-  return s.order == sortDescending ? sign > 0 : sign < 0;
+  const bool below = s.order != sortDescending;
+  if (a.first != b.first) return (a.first < b.first) == below;
+  const int sign = std::memcmp(a.row + s.keyPos, b.row + s.keyPos, s.keyLen);
+  return below ? sign < 0 : sign > 0;
 }
 
-int _put(Sort& s, const std::string& value) {
-  dbfSetRow(s.t, value);
-  return dbfReplace(s.t);
+void _exchange(Sort& s, size_t lo, size_t hi) {
+  for (size_t i = lo; i <= hi; ++i)
+    for (size_t j = i + 1; j <= hi; ++j)
+      if (_isBefore(s, s.records[j], s.records[i])) _swapRKV(s.records[i], s.records[j]);
 }
 
-int _sortInMemory(Sort& s, int lo, int n) {
-  std::array<RKV, maxInMemory> run;
-  for (int i = 0; i < n; ++i) _rdRKV(s, lo + i, run[i]);
-  for (int i = 0; i < n; ++i)
-    for (int j = i + 1; j < n; ++j)
-      if (_isBefore(s, run[j], run[i])) _swapRKV(run[i], run[j]);
-  int result = 0;
-  for (int i = 0; i < n && result == 0; ++i) {
-    dbfSkipTo(s.t, lo + i);
-    result = _put(s, run[i].value);
-  }
-  return result;
+// Merges the run from lo to mid with its neighbour, up to hi. Of equal keys the second run's go
+// first.
+void _merge(Sort& s, size_t lo, size_t mid, size_t hi) {
+  const auto first = s.records.begin() + static_cast<std::ptrdiff_t>(lo);
+  const auto middle = s.records.begin() + static_cast<std::ptrdiff_t>(mid) + 1;
+  const auto last = s.records.begin() + static_cast<std::ptrdiff_t>(hi) + 1;
+  std::vector<RKV> merged(hi - lo + 1);
+  std::merge(middle, last, first, middle, merged.begin(),
+             [&](const RKV& a, const RKV& b) { return _isBefore(s, a, b); });
+  std::copy(merged.begin(), merged.end(), first);
 }
 
-// Takes the record to the merged ones and reads the next of its run.
-int _take(Sort& s, RKV& r, int last) {
-  int result = dbfAppend(s.t);
-  if (result == 0) result = _put(s, r.value);
-  if (r.recno < last)
-    _rdRKV(s, r.recno + 1, r);
-  else
-    r.recno = INT_MAX;  // the run has ended
-  return result;
+void _sort(Sort& s, size_t lo, size_t hi) {
+  if (hi - lo < maxExchange) return _exchange(s, lo, hi);
+  if (Interrupted()) return;
+  const size_t mid = (lo + hi) / 2;
+  _sort(s, lo, mid);
+  _sort(s, mid + 1, hi);
+  _merge(s, lo, mid, hi);
 }
 
-int _copyBack(Sort& s, int first, int last, int base) {
-  int result = 0;
-  for (int i = first; i <= last && result == 0; ++i) {
-    dbfSkipTo(s.t, base + i - first);
-    const std::string value = dbfRow(s.t);
-    dbfSkipTo(s.t, i);
-    result = _put(s, value);
-  }
-  return result;
-}
-
-// Merges run A, from a1 on, and run B, from b1 to b2, its neighbour. Interrupted, it leaves both
-// as they were: what comes behind the first record copied back is done to its end.
-int _merge(Sort& s, int a1, int b1, int b2) {
-  const int base = dbfROWS(s.t) + 1;
-  RKV a, b;
-  _rdRKV(s, a1, a);
-  _rdRKV(s, b1, b);
-  int result = 0;
-  while (result == 0 && !Interrupted() && (a.recno < b1 || b.recno <= b2)) {
-    const bool takeA = b.recno > b2 || (a.recno < b1 && _isBefore(s, a, b));
-    result = takeA ? _take(s, a, b1 - 1) : _take(s, b, b2);
-  }
-  if (result == 0 && !Interrupted()) result = _copyBack(s, a1, b2, base);
-  if (result != 0) return result;
-  s.t.file->rmax = base - 1;
-  result = dbfAppend(s.t);  // with dbfRemove: the count and the end mark
-  return result == 0 ? dbfRemove(s.t) : result;
-}
-
-int _sort(Sort& s, int lo, int hi) {
-  const int n = hi - lo + 1;
-  if (n < 2 || Interrupted()) return 0;
-  if (n <= maxInMemory) return _sortInMemory(s, lo, n);
-  const int mid = (hi + lo) / 2;
-  int result = _sort(s, lo, mid);
-  if (result == 0) result = _sort(s, mid + 1, hi);
-  return result == 0 ? _merge(s, lo, mid + 1, hi) : result;
+int _sortTable(DbfTable& t, int field, int order) {
+  const std::string rows = dbfRows(t);
+  const size_t size = static_cast<size_t>(t.rowsize);
+  if (rows.empty()) return 0;
+  Sort s{{}, static_cast<size_t>(t.pos[field]), static_cast<size_t>(t.len[field]), order};
+  for (size_t at = 0; at < rows.size(); at += size)
+    s.records.push_back(_rdRKV(s, rows.data() + at));
+  _sort(s, 0, s.records.size() - 1);
+  std::vector<const char*> sorted;
+  for (const RKV& r : s.records) sorted.push_back(r.row);
+  return dbfSetRows(t, sorted, sorted.size() > maxExchange);
 }
 
 }  // namespace
 
 int MoxSort(const std::string& field, const std::string& filename, int order) {
   const std::string name = FnExtDflt(filename, ".dbf");
-  Sort s{{}, 0, order};
-  const int tally = CopyRecords(0, dbRMAX(selectedArea), {}, name, "1=1", s.t);
+  DbfTable t;
+  const int tally = CopyRecords(0, dbRMAX(selectedArea), {}, name, "1=1", t);
   if (tally < 0) return -2;
   SayCopied(tally);
-  s.field = fldno(s.t, field);
-  const bool found = s.field >= 0;
-  s.t.limit = 2 * maxRecords + 1;
-  const int result = found ? _sort(s, 1, dbfROWS(s.t)) : 0;
-  if (TargetClose(s.t, result) != 0) return -2;
-  return found ? 0 : -1;
+  const int key = fldno(t, field);
+  const int result = key < 0 ? 0 : _sortTable(t, key, order);
+  if (TargetClose(t, result) != 0) return -2;
+  return key < 0 ? -1 : 0;
 }
 
 void OpSort(Operands& o) {

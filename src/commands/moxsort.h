@@ -1,4 +1,4 @@
-// SORT: a copy of the selected table, sorted inside its file.
+// SORT: a copy of the selected table, sorted in memory.
 #pragma once
 
 #include <string>

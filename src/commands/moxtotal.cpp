@@ -28,7 +28,7 @@ struct TotalField {
   bool isNumber() const { return dbTyp(selectedArea, from) == 'N'; }
 };
 
-std::string _key(int field) { return field < 0 ? std::string() : dbVal(selectedArea, field); }
+std::string_view _key(int field) { return dbVal(selectedArea, field); }
 
 // Passes over the deleted records that the option DELETED hides.
 void _passDeleted() {
@@ -56,7 +56,7 @@ int _totalRun(DbfTable& t, int key, std::vector<TotalField>& fields) {
   if (const int result = dbfAppend(t); result != 0) return result;
   _copyFields(fields, t);
   for (TotalField& f : fields) f.sum = 0;
-  const std::string same = _key(key);
+  const std::string same(_key(key));
   for (; !dbEOF(selectedArea) && _key(key) == same; _passDeleted()) {
     _sumNumFields(fields);
     dbSkip(selectedArea, 1);

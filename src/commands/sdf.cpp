@@ -37,7 +37,7 @@ std::string _recordLine(const std::vector<int>& fields, const std::string& delim
   for (const int& field : fields) {
     if (&field != &fields[0]) line += delimiter;
     if (field < 0) continue;
-    std::string value = dbVal(selectedArea, field);
+    std::string value(dbVal(selectedArea, field));
     if (delimiter == commaForm) {
       value = dlb(trim(value));
       if (dbTyp(selectedArea, field) == 'C') value = s2qs(value);

@@ -15,6 +15,8 @@ namespace mox {
 using FileHandle = std::intptr_t;
 constexpr FileHandle noFile = -1;
 
+constexpr char endMark = 0x1A;  // behind the content of a text, a table, a memory file
+
 enum class FileMode {
   read,
   change,  // an existing file, to read and write

@@ -79,6 +79,7 @@ Step _cut(std::string text) {
     const Row row = _findRow(word);
     step.entry = row.entry;
     step.effect = row.effect;
+    step.quiet = findndx(word, g_quietSteps) >= 0;
   } else if (step.core == Core::CMP) {
     step.number = CmpOperator(operand);
   } else {
@@ -169,6 +170,10 @@ void _dispatch(Run& run, const Step& step) {
     IntErr("doRunX 1");
     return;
   }
+  if (g_late && !step.quiet) {
+    dbPut();
+    if (errnum != errNone) return;
+  }
   if (run.operands.lay(*step.effect, run.depth)) {
     step.entry->handler(run.operands);
     run.depth = run.operands.depthAfter();
@@ -185,7 +190,10 @@ void _runStep(Run& run, const Step& step) {
     case Core::STOP: errnum = errEnd; break;
     case Core::END: _end(step); break;
     case Core::LBL: _label(step.operand()); break;
-    case Core::JP: run.pc = step.number; break;
+    case Core::JP:
+      run.pc = step.number;
+      if (g_late) dbTick();
+      break;
     case Core::JPF: _jumpIfFalse(run, step.number); break;
     case Core::JPX: _jumpSelected(run); break;
     case Core::CMP: _compare(run, step.number); break;
@@ -271,6 +279,7 @@ void doRun(const Program& program) {
   if (!nest.ok()) return;
   Run run(program);
   doRun1(run, RunOf::statements);
+  dbPut();
   dbRevert();  // of a change that an error or Ctrl-C broke off
   FpCloseAll();
 }

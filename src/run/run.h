@@ -24,6 +24,9 @@ namespace mox {
 
 // All steps with a handler, sorted by word.
 extern const std::span<const StepEntry> g_steps;
+// Of these, those that print nothing while TALK is off and leave alone all files but tables:
+// changes of records are held over them (store/db.h: dbReplaceLater).
+extern const std::span<const std::string_view> g_quietSteps;
 
 enum class Core { none, PUSH, STOP, END, LBL, JP, JPF, JPX, CMP, CALL, RET, DUP, POP, source };
 
@@ -36,6 +39,7 @@ struct Step {
   int number = 0;                    // the operand's integer; of CMP the place of its operator
   const StepEntry* entry = nullptr;  // with Core::none; null for a word that no one knows
   const Effect* effect = nullptr;    // of the entry
+  bool quiet = false;                // nothing of what the entry does can be seen
   std::shared_ptr<Joint> joint;      // of the run that begins here (join.h)
 
   std::string_view operand() const { return std::string_view(text).substr(word); }

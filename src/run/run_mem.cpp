@@ -24,6 +24,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/file.h"
 #include "run/handlers.h"
 #include "session/error.h"
 #include "session/files.h"
@@ -41,7 +42,6 @@ constexpr size_t nameField = 11;
 constexpr size_t maxName = 10;
 constexpr size_t headSize = nameField + 1;
 constexpr size_t restSize = 4;  // of the fixed part, behind the type
-constexpr char endMark = 0x1A;
 constexpr int typeBit = 0x80;
 constexpr int typeMask = 0x7F;
 constexpr int maxByte = 255;

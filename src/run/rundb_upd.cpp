@@ -38,15 +38,18 @@ void OpUpdRec0(Operands&) {
 
 void OpSetFld(Operands& o) {
   if (!DbChk()) return;
-  std::string_view value = o.text();
+  const Value& value = o.value();
   const int field = dbFno(selectedArea, o.text());
-  if (field < 0) return;
-  if (dbTyp(selectedArea, field) == 'L' && GetTyp(value).type == 'L')
-    value = L_FmVTLD(value) ? "T" : "F";
-  dbSetVal(selectedArea, field, value);
+  if (field >= 0) dbSetFieldValue(selectedArea, field, value);
 }
 
-void OpUpdRec2(Operands&) { dbReplace(selectedArea); }
+void OpUpdRec2(Operands&) {
+  const bool shown = g_opt[optTALK] || g_opt[optECHO] || g_opt[optSTEP] || g_opt[optR1];
+  if (shown)
+    dbReplace(selectedArea);
+  else
+    dbReplaceLater(selectedArea);
+}
 
 void OpRemove(Operands&) {
   if (DbChk()) dbRemove(selectedArea);

@@ -139,8 +139,16 @@ static_assert(std::is_sorted(std::begin(steps), std::end(steps),
                              }),
               "a word is looked up by binary search");
 
+constexpr std::string_view quietSteps[] = {
+    "=ABS",  "=ASC",  "=CHR", "=DELETED", "=EOF",   "=INSTR", "=INT",   "=LCASE",
+    "=LEFT", "=LEN",  "=MID", "=RECNO",   "=RIGHT", "=STR",   "=TRIM",  "=UCASE",
+    "=VAL",  "ADD",   "AND",  "DGOTO",    "DIV",    "GETV",   "INC",    "MUL",
+    "NEG",   "NOT",   "OR",   "POW",      "PUTV",   "S2N",    "SELECT", "SETFLD",
+    "SKIP",  "STORE", "SUB",  "UPDREC0",  "UPDREC2"};
+
 }  // namespace
 
 const std::span<const StepEntry> g_steps = steps;
+const std::span<const std::string_view> g_quietSteps = quietSteps;
 
 }  // namespace mox

@@ -63,7 +63,7 @@ void SayFieldline(int off) {
 int GetRow(int off, Lines& texts) {
   texts.clear();
   for (int f = off; f < dbCOLS(selectedArea); ++f) {
-    texts.push_back(dbVal(selectedArea, f));
+    texts.emplace_back(dbVal(selectedArea, f));
     texts.back().resize(static_cast<size_t>(dbLen(selectedArea, f)), ' ');
   }
   return static_cast<int>(texts.size());

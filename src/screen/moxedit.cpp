@@ -132,7 +132,7 @@ int MoxEdit() {
   const ScrKeys keys(hint);
   const int n = std::min(dbCOLS(selectedArea), maxFields);
   for (int field = 0; field < n; ++field) {
-    e.texts.push_back(dbVal(selectedArea, field));
+    e.texts.emplace_back(dbVal(selectedArea, field));
     e.texts.back().resize(static_cast<size_t>(dbLen(selectedArea, field)), ' ');
   }
   e.stored = e.texts;

@@ -15,8 +15,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int _endMark = 0x1A;
-
 constexpr int _fpSlots = 10;
 constexpr int _fpFirst = 2;  // the first slot for files
 struct FpSlot {
@@ -112,7 +110,7 @@ bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
   for (size_t n = 0; n < max; ++n) {
     int c = std::getc(f);
     if (c == EOF) return n > 0;
-    if (c == _endMark) {
+    if (c == endMark) {
       std::ungetc(c, f);  // the next read meets it again
       return n > 0;
     }

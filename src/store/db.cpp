@@ -66,12 +66,14 @@ bool DbChk() {
 }
 
 void dbRest() {
+  dbPut();
   for (DbArea& a : db)
     if (dbfOPEN(a.table)) imgPut(a.table.file->image);
   ndxRest();
 }
 
 void dbInit() {
+  dbPut();
   for (DbArea& a : db) a = DbArea{};
   ++g_names;
   _area = 0;
@@ -93,6 +95,7 @@ int dbClose(int area) {
 }
 
 int dbCloseDbf(int area) {
+  dbPut();
   DbfTable& t = _table(area);
   const std::string name = t.name;
   const int result = dbfClose(t);
@@ -144,9 +147,10 @@ int dbFileInfo(const std::string& filename, int& records, std::string& date) {
   return 0;
 }
 
-std::string dbVal(int area, int field) { return fldget(_table(area), field); }
+std::string_view dbVal(int area, int field) { return fldget(_table(area), field); }
 
 int dbSetVal(int area, int field, std::string_view value) {
+  if (value.find('"') == value.npos) return fldput(_table(area), field, value);
   return fldput(_table(area), field, qs2s(value));
 }
 

@@ -74,8 +74,8 @@ Lines dbFields(int area);  // names of all fields, in order
 // Record count and date ("dd/mm/yy") of a table file: 0, or -1 when it can't be opened.
 int dbFileInfo(const std::string& filename, int& records, std::string& date);
 
-// The raw characters of a field.
-std::string dbVal(int area, int field);
+// The raw characters of a field, until the record buffer changes.
+std::string_view dbVal(int area, int field);
 // A field as a value, or nothing when there is no such field. Without a prefix the name is looked
 // up in area 0, whichever area is selected; a letter outside the table is an error.
 std::optional<Value> GetDb(std::string_view name);
@@ -86,8 +86,9 @@ void dbFieldValue(int area, int field, Value& value);
 // The number of a field that is one: false for a field of another type, and for one that holds
 // something else.
 bool dbFieldNumber(int area, int field, double& x);
-// Sets a field in the record buffer from a value or from a text in quoted string form.
+// Sets a field in the record buffer from a text, also in quoted string form, or from a value.
 int dbSetVal(int area, int field, std::string_view value);
+void dbSetFieldValue(int area, int field, const Value& value);
 const std::string& dbRow(int area);
 void dbSetRow(int area, const std::string& row);
 
@@ -135,6 +136,16 @@ enum DbResult { dbNoKey = 1 };
 // out together. dbLetGo reports a refusal and tells how many of the added records are lost by it.
 void dbHold(int area);
 int dbLetGo(int area);
+//
+// dbReplaceLater is dbReplace in a run of steps that leave nothing behind that can be seen: the
+// records of one table without indexes are held over such steps. The run calls dbPut before it does
+// anything else and at its end, and dbTick in each turn of a loop, so that nothing is held for more
+// than a tenth of a second; nor are more than holdBytes. A refusal is reported when it is met.
+extern bool g_late;  // something is held
+int dbReplaceLater(int area);
+void dbPut();
+void dbTick();
+//
 int dbAppend(int area);
 int dbBegin(int area);  // a new record that nobody sees before dbReplace or dbReplaceNew
 void dbRepl0(int area);

@@ -1,6 +1,7 @@
 // The indexes of the work areas: slots, keys, record changes, building.
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <optional>
 #include <utility>
@@ -14,10 +15,22 @@
 
 namespace mox {
 
+bool g_late = false;
+
 namespace {
 
 constexpr size_t maxKeyValue = 102;  // characters of a key expression's value: 100 and two quotes
 constexpr int progressStep = 100;    // records
+
+// The table whose changes are held over steps.
+using LateClock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds maxLate{100};
+struct Late {
+  int area = 0;
+  int bytes = 0;  // of the records that were written
+  int turns = 0;
+  LateClock::time_point since;
+} _late;
 
 bool _slotInRange(int slot) { return slot >= 0 && slot < maxIndexes; }
 
@@ -183,7 +196,7 @@ void _takeBack(DbfTable& t, std::vector<KeyMove>& moves, const std::string& stor
 // is taken back. A program that is killed behind the marks leaves them. A new record is counted
 // when all else is written.
 int _moveRecord(DbfTable& t, std::vector<KeyMove>& moves) {
-  const std::string stored = dbfStored(t);
+  const std::string stored = moves.empty() ? std::string() : dbfStored(t);
   int result = _eachIndex(moves, [&](KeyMove& m) {
     if (m.out) _takeOut(m, t, stored);
     return m.in ? ndxAdd(*m.x, t.recno, m.after) : 0;
@@ -210,7 +223,8 @@ int _replace(int area, bool mayLack) {
   if (!a.table.adding && !dbHasRecord(area)) return -1;
   std::vector<KeyMove> moves = _indexesOf(a);
   dbfRow(a.table);
-  const bool moved = _makeKeys(a.table, moves, mayLack) && _moveRecord(a.table, moves) == 0;
+  const bool made = moves.empty() || _makeKeys(a.table, moves, mayLack);
+  const bool moved = made && _moveRecord(a.table, moves) == 0;
   if (!moved) dbfRevert(a.table);
   if (!moves.empty()) dbMasterBack(a);
   const auto lacks = [](const KeyMove& m) { return !m.in; };
@@ -364,6 +378,29 @@ int dbLetGo(int area) {
   const FirstErr first;
   dbWritten(t, dbfLetGo(t, lost));
   return lost;
+}
+
+int dbReplaceLater(int area) {
+  const int place = static_cast<int>(&dbAreaOf(area) - db);
+  if (g_late && place != _late.area) dbPut();
+  if (errnum != errNone) return -1;
+  if (!g_late && _indexesOf(db[place]).empty()) {
+    g_late = true;
+    _late = {place, 0, 0, LateClock::now()};
+    dbHold(place);
+  }
+  const int result = dbReplace(area);
+  if (g_late && (_late.bytes += db[place].table.rowsize) >= holdBytes) dbPut();
+  return result;
+}
+
+void dbPut() {
+  if (std::exchange(g_late, false)) dbLetGo(_late.area);
+}
+
+void dbTick() {
+  constexpr int someTurns = 16;
+  if (++_late.turns % someTurns == 0 && LateClock::now() - _late.since > maxLate) dbPut();
 }
 
 void dbRepl0(int area) {

@@ -7,16 +7,6 @@
 
 namespace mox {
 
-namespace {
-
-std::string_view _bytes(DbfTable& t, int field) {
-  const std::string_view bytes = std::string_view(dbfRow(t)).substr(
-      static_cast<size_t>(t.pos[field]), static_cast<size_t>(t.len[field]));
-  return bytes.substr(0, bytes.find('\0'));
-}
-
-}  // namespace
-
 bool dbFindField(std::string_view name, int& area, int& field) {
   const std::string_view bare = af2f(name);
   area = bare.size() == name.size() ? 0 : af2a(name);
@@ -26,13 +16,24 @@ bool dbFindField(std::string_view name, int& area, int& field) {
 
 void dbFieldValue(int area, int field, Value& value) {
   DbfTable& t = db[area].table;
-  const std::string_view bytes = _bytes(t, field);
+  const std::string_view bytes = fldget(t, field);
   if (t.typ[field] == 'L')
     value.setTruth(!bytes.empty() && std::string_view("TtYy").find(bytes[0]) != bytes.npos);
   else if (t.typ[field] == 'N')
     value.setDigits(bytes, t.len[field], t.dec[field]);
   else
     value.setContent(bytes);
+}
+
+void dbSetFieldValue(int area, int field, const Value& value) {
+  DbfTable& t = dbAreaOf(area).table;
+  std::string room;
+  if (t.typ[field] == 'N' && value.isKnown())
+    fldputNumber(t, field, value.number());
+  else if (t.typ[field] == 'L' && value.typ().type == 'L')
+    fldput(t, field, L_FmVTLD(value) ? "T" : "F");
+  else
+    fldput(t, field, value.content(room));
 }
 
 bool dbFieldNumber(int area, int field, double& x) {

@@ -19,7 +19,6 @@ constexpr int fieldSize = 16, inType = 11, inWidth = 12, inDecimals = 15;
 
 constexpr int version = 2;
 constexpr unsigned char fieldsEnd = 0x0D;
-constexpr char endMark = 0x1A;
 
 using Header = std::array<unsigned char, dbfHeaderSize>;
 
@@ -122,6 +121,40 @@ bool _dbfHasField(const DbfTable& t, int field) { return t.file && field >= 0 &&
 std::string xtract(std::string_view text, size_t n) {
   text = text.substr(0, n);
   return std::string(text.substr(0, text.find('\0')));
+}
+
+// Takes the blanks off a number that is printed as it would be printed with these decimals.
+bool _takePrinted(std::string_view& text, int decimals) {
+  constexpr size_t exact = 15;  // digits that a number holds as they are
+  const std::string_view body = text.substr(std::min(text.find_first_not_of(' '), text.size()));
+  std::string_view whole = body;
+  if (decimals > 0) {
+    const size_t behind = static_cast<size_t>(decimals);
+    if (behind > exact || body.size() < behind + 2 || body[body.size() - behind - 1] != '.')
+      return false;
+    whole.remove_suffix(behind + 1);
+    for (const char c : body.substr(whole.size() + 1))
+      if (c < '0' || c > '9') return false;
+  }
+  const bool minus = whole.starts_with('-');
+  if (minus) whole.remove_prefix(1);
+  if (whole.empty() || whole.size() + decimals > exact) return false;
+  if (whole[0] == '0' && (whole.size() > 1 || (minus && decimals == 0))) return false;
+  for (const char c : whole)
+    if (c < '0' || c > '9') return false;
+  text = body;
+  return true;
+}
+
+// Sets a field to the first characters that fit: a numeric one on the right, others on the left.
+void _setField(DbfTable& t, int field, std::string_view text) {
+  const size_t width = static_cast<size_t>(t.len[field]);
+  text = text.substr(0, width);
+  const size_t blanks = width - text.size(), ahead = t.typ[field] == 'N' ? blanks : 0;
+  char* const place = dbfRow(t).data() + t.pos[field];
+  std::fill_n(place, ahead, ' ');
+  std::copy(text.begin(), text.end(), place + ahead);
+  std::fill_n(place + ahead + text.size(), blanks - ahead, ' ');
 }
 
 int _dbfReadHeader(DbfTable& t) {
@@ -387,8 +420,9 @@ std::string dbfStored(DbfTable& t) {
 
 int dbfReplace(DbfTable& t) {
   if (t.adding) {
-    const std::string record = t.row + endMark;
-    const bool put = _dbfPut(t, _dbfOffset(t, t.recno), record.data(), record.size());
+    t.row += endMark;
+    const bool put = _dbfPut(t, _dbfOffset(t, t.recno), t.row.data(), t.row.size());
+    t.row.pop_back();
     return put ? 0 : dbfCantWrite;
   }
   if (!_inRange(t)) return -1;
@@ -401,7 +435,7 @@ int dbfReplace(DbfTable& t) {
 
 int dbfBegin(DbfTable& t) {
   if (!t.file) return dbfClosed;
-  if (t.file->rmax >= t.limit) return dbfFull;
+  if (t.file->rmax >= maxRecords) return dbfFull;
   t.row.assign(static_cast<size_t>(t.rowsize), ' ');
   t.recno = t.file->rmax + 1;
   t.stale = false;
@@ -503,6 +537,39 @@ int dbfLetGo(DbfTable& t, int& lost) {
   return dbfCantWrite;
 }
 
+std::string dbfRows(DbfTable& t) {
+  std::string rows(static_cast<size_t>(dbfROWS(t)) * static_cast<size_t>(t.rowsize), ' ');
+  if (!rows.empty()) imgRead(t.file->image, _dbfOffset(t, 1), rows.data(), rows.size());
+  return rows;
+}
+
+int dbfSetRows(DbfTable& t, const std::vector<const char*>& rows, bool merged) {
+  long at = _dbfOffset(t, 1);
+  bool done = true;
+  std::string piece;
+  const auto put = [&] {
+    done = done && _dbfPut(t, at, piece.data(), piece.size());
+    at += static_cast<long>(piece.size());
+    piece.clear();
+  };
+  for (int times = merged ? 2 : 1; times > 0; --times)
+    for (const char* const row : rows) {
+      piece.append(row, static_cast<size_t>(t.rowsize));
+      if (piece.size() >= holdBytes) put();
+    }
+  piece += endMark;
+  put();
+  if (merged) {  // the record behind the last was blank when it was given up
+    piece.assign(static_cast<size_t>(t.rowsize), ' ');
+    piece.front() = endMark;
+    piece += endMark;
+    at = _dbfOffset(t, t.file->rmax + 1);
+    put();
+  }
+  _dbfChanged(t);
+  return done ? 0 : dbfCantWrite;
+}
+
 bool dbfOPEN(const DbfTable& t) { return t.file != nullptr; }
 bool dbfEOF(const DbfTable& t) { return !t.file || t.eof; }
 bool dbfDELETED(DbfTable& t) { return !t.file || dbfRow(t)[0] == '*'; }
@@ -517,25 +584,28 @@ int fldno(const DbfTable& t, std::string_view name) {
   return -1;
 }
 
-std::string fldget(DbfTable& t, int field) {
+std::string_view fldget(DbfTable& t, int field) {
   if (!_dbfHasField(t, field)) return {};
-  return xtract(std::string_view(dbfRow(t)).substr(static_cast<size_t>(t.pos[field])),
-                static_cast<size_t>(t.len[field]));
+  const std::string_view text(dbfRow(t).data() + t.pos[field], static_cast<size_t>(t.len[field]));
+  return text.substr(0, text.find('\0'));
 }
 
 std::string fldgetqs(DbfTable& t, int field) {
-  if (_dbfHasField(t, field) && t.typ[field] != 'C') return fldget(t, field);
+  if (_dbfHasField(t, field) && t.typ[field] != 'C') return std::string(fldget(t, field));
   return s2qs(fldget(t, field));
 }
 
 int fldput(DbfTable& t, int field, std::string_view text) {
   if (!_dbfHasField(t, field)) return -1;
-  std::string value =
-      t.typ[field] == 'N' ? FmtFix(TxtToDbl(text), t.len[field], t.dec[field]) : std::string(text);
-  size_t width = static_cast<size_t>(t.len[field]);
-  value.resize(width, ' ');
-  dbfRow(t).replace(static_cast<size_t>(t.pos[field]), width, value);
+  if (t.typ[field] == 'N' && !_takePrinted(text, t.dec[field]))
+    fldputNumber(t, field, TxtToDbl(text));
+  else
+    _setField(t, field, text);
   return 0;
+}
+
+void fldputNumber(DbfTable& t, int field, double x) {
+  _setField(t, field, FmtFix(x, 0, t.dec[field]));
 }
 
 int dbfCpyRowToFm(DbfTable& target, DbfTable& source, const Lines& fields) {

@@ -88,13 +88,12 @@ struct DbfTable {
   std::array<int, maxFields> dec{};
   std::string row;  // the record buffer, rowsize bytes; dbfRow brings it up to date
   bool eof = false;
-  bool stale = false;      // row is to be read before anyone looks at it
-  bool changing = false;   // row is being changed and is nobody else's business
-  bool adding = false;     // row is a new record, behind the last and not yet counted
-  unsigned seen = 0;       // the file's changes when row was read
-  bool dirty = false;      // this user changed the file: dbfClose then writes the date
-  int packed = 0;          // records kept by the last dbfPack
-  int limit = maxRecords;  // of dbfAppend; a sort raises it for its records behind the table
+  bool stale = false;     // row is to be read before anyone looks at it
+  bool changing = false;  // row is being changed and is nobody else's business
+  bool adding = false;    // row is a new record, behind the last and not yet counted
+  unsigned seen = 0;      // the file's changes when row was read
+  bool dirty = false;     // this user changed the file: dbfClose then writes the date
+  int packed = 0;         // records kept by the last dbfPack
 };
 
 // Making a table: dbfCreate, dbfFld for the fields 1, 2, 3 ..., dbfFld with 0, records, and
@@ -161,6 +160,12 @@ constexpr int holdBytes = 65536;
 void dbfHold(DbfTable& t);
 int dbfLetGo(DbfTable& t, int& lost);
 
+// The bytes of all records, and what writes them anew, each from where it points to. Of records
+// that were merged the working space stands behind the table: once more all of them, the first in
+// part gone under the end mark.
+std::string dbfRows(DbfTable& t);
+int dbfSetRows(DbfTable& t, const std::vector<const char*>& rows, bool merged);
+
 bool dbfOPEN(const DbfTable& t);
 bool dbfEOF(const DbfTable& t);   // true when closed
 bool dbfDELETED(DbfTable& t);     // true when closed
@@ -170,14 +175,16 @@ int dbfCOLS(const DbfTable& t);
 
 // Field by name, ignoring case: its index from 0, or -1.
 int fldno(const DbfTable& t, std::string_view name);
-// The field's characters at full width, or up to a zero byte; empty when out of range.
-std::string fldget(DbfTable& t, int field);
+// The field's characters at full width, or up to a zero byte; empty when out of range. They hold
+// until row changes.
+std::string_view fldget(DbfTable& t, int field);
 // The same, a field of type C in quoted string form; out of range a quoted empty text. No statement
 // asks.
 std::string fldgetqs(DbfTable& t, int field);
 // Sets the field in row: a numeric field takes the number that the text begins with, printed to
 // width and decimals; every field keeps the first characters that fit and is filled with spaces.
 int fldput(DbfTable& t, int field, std::string_view text);
+void fldputNumber(DbfTable& t, int field, double x);  // of a numeric field
 // Fills the target's row by field name; an empty list means all fields of the source. A name that
 // the source lacks gives an empty value, one that the target lacks is passed over.
 // -1 target closed, -2 source closed. No statement does.

@@ -9,6 +9,8 @@ namespace {
 
 std::int64_t _length(std::size_t n) { return static_cast<std::int64_t>(n); }
 
+std::size_t _number(std::int64_t offset) { return static_cast<std::size_t>(offset) / blockSize; }
+
 bool _isHeld(const Block& b) { return b.from < b.to; }
 
 // Hands a block's held bytes to the operating system. A part that was written before the host
@@ -36,31 +38,39 @@ Block& _free(Image& m) {
   const auto older = [](const Block& x, const Block& y) { return x.used < y.used; };
   Block& b = *std::min_element(m.blocks.begin(), m.blocks.end(), older);
   if (_isHeld(b)) imgPut(m);
+  m.slots[_number(b.place)] = 0;
   return b;
 }
 
-Block* _find(Image& m, std::int64_t place) {
-  const auto isIt = [&](const Block& b) { return b.place == place; };
-  const auto hit = std::find_if(m.blocks.begin(), m.blocks.end(), isIt);
-  return hit == m.blocks.end() ? nullptr : &*hit;
+Block* _find(Image& m, std::int64_t offset) {
+  const std::size_t number = _number(offset);
+  const std::size_t slot = number < m.slots.size() ? m.slots[number] : 0;
+  return slot == 0 ? nullptr : &m.blocks[slot - 1];
 }
 
 // The block with this byte of the file.
 Block& _at(Image& m, std::int64_t offset) {
-  const std::int64_t place = offset - offset % _length(blockSize);
-  if (m.last < m.blocks.size() && m.blocks[m.last].place == place) return m.blocks[m.last];
-  Block* b = _find(m, place);
-  if (!b) _load(m, *(b = &_free(m)), place);
+  Block* b = _find(m, offset);
+  if (!b) {
+    b = &_free(m);
+    _load(m, *b, offset - offset % _length(blockSize));
+    m.slots.resize(std::max(m.slots.size(), _number(offset) + 1));
+    m.slots[_number(offset)] = static_cast<std::uint8_t>(b - m.blocks.data() + 1);
+  }
   b->used = ++m.clock;
-  m.last = static_cast<std::size_t>(b - m.blocks.data());
   return *b;
+}
+
+void _forget(Image& m) {
+  m.blocks.clear();
+  m.slots.clear();
 }
 
 // Forgets what may be old. Nothing is held over a wait.
 void _refresh(Image& m) {
   if (m.holds || m.waits == OS_Waits()) return;
   m.waits = OS_Waits();
-  m.blocks.clear();
+  _forget(m);
   m.size = std::max<std::int64_t>(OS_FileSize(m.f), 0);
 }
 
@@ -69,14 +79,14 @@ void _refresh(Image& m) {
 void _patch(Image& m, std::int64_t offset, const char* bytes, std::size_t n, bool held) {
   if (offset > m.size) {  // blocks at the end of the file don't know of the gap
     imgPut(m);
-    m.blocks.clear();
+    _forget(m);
   }
   m.size = std::max(m.size, offset + _length(n));
   while (n > 0) {
     const std::int64_t place = offset - offset % _length(blockSize);
     const std::size_t from = static_cast<std::size_t>(offset - place);
     const std::size_t here = std::min(n, blockSize - from);
-    if (Block* const b = held ? &_at(m, offset) : _find(m, place)) {
+    if (Block* const b = held ? &_at(m, offset) : _find(m, offset)) {
       std::memcpy(b->bytes.data() + from, bytes, here);
       b->size = std::max(b->size, from + here);
       if (held) {
@@ -153,7 +163,7 @@ bool imgLetGo(Image& m) {
   m.holds = false;
   if (imgPut(m)) return true;
   m.refused = false;
-  m.blocks.clear();
+  _forget(m);
   m.size = std::max<std::int64_t>(OS_FileSize(m.f), 0);
   return false;
 }

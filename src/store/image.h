@@ -35,7 +35,7 @@ struct Image {
   FileHandle f = noFile;
   std::int64_t size = 0;  // of the file, held bytes included
   std::vector<Block> blocks;
-  std::size_t last = 0;  // the block used last
+  std::vector<std::uint8_t> slots;  // by number in the file: 1 + the index in blocks, or 0
   unsigned clock = 0;
   unsigned waits = 0;  // at the last look at the file
   bool holds = false;
