@@ -81,10 +81,11 @@ Effect CutEffect(std::string_view text);
 
 class Operands {
  public:
-  Operands(Stack& stk, std::string_view step) : stk_(stk), step_(step) {}
+  explicit Operands(Stack& stk) : stk_(stk) {}
 
-  // Lays an effect against a stack of this depth: false when the stack hasn't the operands.
-  bool lay(const Effect& effect, int depth);
+  // Lays the effect of another step, a word, against a stack of this depth: false when the stack
+  // hasn't the operands.
+  bool lay(std::string_view word, const Effect& effect, int depth);
   // The depth behind the step.
   int depthAfter() const { return kept_ ? depth_ : base_ + results_; }
 
@@ -97,7 +98,7 @@ class Operands {
   const std::string& text() { return value().text(); }
   std::string_view content() {
     const Value& v = value();
-    return v.isContent() ? v.content(none_) : v.content(rooms_.emplace_front());
+    return v.isContent() ? v.content() : v.content(rooms_.emplace_front());
   }
   int integer() { return DblToInt(number()); }
   double number() { return value().number(); }
@@ -119,7 +120,7 @@ class Operands {
   const Value& missing() const;
 
   Stack& stk_;
-  const std::string_view step_;  // its word
+  std::string_view word_;
   int depth_ = 0;
   int base_ = 0;  // place of the deepest operand
   int next_ = 0;
@@ -128,7 +129,6 @@ class Operands {
   std::array<int, maxLists> counts_{};  // operands of each list
   int list_ = 0;                        // the list that comes next
   bool kept_ = false;
-  std::string none_;
   std::forward_list<std::string> rooms_;  // of contents that the values don't hold
 };
 
