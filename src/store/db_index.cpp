@@ -405,7 +405,10 @@ int dbReplaceLater(int area) {
 }
 
 void dbPut() {
-  if (std::exchange(g_late, false)) dbLetGo(_late.area);
+  if (!std::exchange(g_late, false)) return;
+  const ErrorSlot later = TakeErr();  // of a statement behind those whose records were held
+  dbLetGo(_late.area);
+  if (errnum == errNone) PutErr(later);
 }
 
 void dbTick() {
