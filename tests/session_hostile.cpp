@@ -1,8 +1,9 @@
 // What no person types: the program takes any input and ends with status 0, silent on its error
-// stream, and loses nothing on disk.
+// stream.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 
 #include "session_run.h"
 #include "temp_dir.h"
@@ -44,6 +45,25 @@ TEST_F(Hostile, TheInputEndsAnywhere) {
       "SET STEP ON\nDO f\nyn? 1\nDO WHILE F\n? ;\nENDDO\n;? \"\n";
   PutBytes("dir/f.cmd", "? 1\n? 2\n? 3\n");
   for (size_t length = 0; length <= session.size(); length += 3) Type(session.substr(0, length));
+}
+
+// Each statement that needs a table says so, and does nothing.
+TEST_F(Hostile, NoTableInUse) {
+  std::istringstream statements(
+      "APPEND|APPEND BLANK|APPEND FROM f|APPEND FROM f SDF|BROWSE|COPY TO x|COPY TO x SDF|"
+      "COPY TO x STRUCTURE|COUNT|DELETE|DISPLAY|DISPLAY STRUCTURE|EDIT|FIND 1|GO TOP|INDEX ON 1 TO "
+      "x|"
+      "JOIN TO x FOR T|LIST|LOCATE|MODIFY STRUCTURE|PACK|RECALL|REINDEX|REPLACE A WITH 1|"
+      "SET INDEX TO x|SKIP|SORT ON A TO x|SUM 1|TOTAL TO x ON A|UPDATE FROM f ON A|? EOF|? *|? "
+      "#|5");
+  std::string typed, told = ". ";
+  for (std::string statement; std::getline(statements, statement, '|');) {
+    typed += statement + '\n';
+    told += "NO DATABASE FILE IN USE \n. ";
+  }
+  PutBytes("dir/f.txt", "a\n");
+  EXPECT_EQ(Type(typed), told + '\n');
+  EXPECT_EQ(std::distance(fs::directory_iterator("dir"), {}), 1);
 }
 
 }  // namespace

@@ -33,9 +33,7 @@ class Ndx : public testing::Test {
  protected:
   // No key is computed here: any text will do as a key expression.
   Ndx() {
-    g_makeKey = [](const std::string&) {
-      return Key{[] { return 0; }, [](std::string&) { return -1; }};
-    };
+    g_makeKey = [](const std::string&) { return Key{[] { return 0; }, [] { return nullptr; }}; };
   }
   void Add(const std::string& text, int rno) {
     ASSERT_EQ(0, ndxAdd(x, rno, text));

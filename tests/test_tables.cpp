@@ -83,6 +83,7 @@ TEST_F(Tables, CopiesAndQuotedFields) {
   ASSERT_EQ(0, dbfCreateFrom(copy, "copy", t, {"KEY", "NONE"}));
   EXPECT_EQ(0, dbfAppend(copy));
   EXPECT_EQ(0, dbfCpyRowToFm(copy, t, {}));
+  EXPECT_EQ(-2, dbfCpyRowToFm(copy, *std::make_unique<DbfTable>(), {}));
   EXPECT_EQ(" a\"b  ", dbfRow(copy));
 }
 

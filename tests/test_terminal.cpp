@@ -114,6 +114,8 @@ TEST_F(Terminal, InterruptsAndSignals) {
       {"DO keys\n", "WAITING"},
       {"x", "WAITING"},
       {interrupt, stopped},
+      {"MODIFY COMMAND poll\n", "ENDDO"},
+      {"\x11", ". "},
       {"? RUN(\"sh\",\"-c \"\"stty raw -echo; exit 4\"\"\")\n", "4 \r\n. "},
       {"STORE 1 TO V : @ 1,1 GET V : READ\n", ":\033[2;3H"},
   };

@@ -70,15 +70,12 @@ TEST(Number, SixByteForm) {
 TEST(Files, LinesOfTextFiles) {
   const TempDir dir;
   const std::string full(maxLine, 'x'), most(maxLine - 1, 'y');
-  const std::pair<std::string, Lines> cases[] = {{"a\r\nb\n\nc", {"a", "b", "", "c"}},
-                                                 {"a\rb\r\r\n", {"a\rb"}},
-                                                 {"a\n\x1Az\n", {"a"}},
-                                                 {{"a\0b\nc", 5}, {"a", "c"}},
-                                                 {full + "z\n", {full, "z"}},
-                                                 {"\xEF\xBB\xBF" + full + "z\n", {full, "z"}},
-                                                 {"\xEF\xBBz", {"\xEF\xBBz"}},
-                                                 {full + "\r\nz", {full, "", "z"}},
-                                                 {most + "\r\nz", {most, "z"}}};
+  const std::pair<std::string, Lines> cases[] = {
+      {"a\r\nb\n\nc", {"a", "b", "", "c"}}, {"a\rb\r\r\n", {"a\rb"}},
+      {"a\nb\x1Az\n", {"a", "b"}},          {{"a\0b\nc", 5}, {"a", "c"}},
+      {full + "z\n", {full, "z"}},          {"\xEF\xBB\xBF" + full + "z\n", {full, "z"}},
+      {"\xEF\xBBz", {"\xEF\xBBz"}},         {full + "\r\nz", {full, "", "z"}},
+      {most + "\r\nz", {most, "z"}}};
   for (const auto& [bytes, lines] : cases) {
     PutBytes("t", bytes);
     EXPECT_EQ(ReadLines("t"), lines) << bytes;
@@ -88,7 +85,7 @@ TEST(Files, LinesOfTextFiles) {
   // Numbered files.
   PutBytes("t", "one\n\x1A");
   FpCloseAll();
-  EXPECT_EQ(FpFreeFile(), 2);
+  EXPECT_EQ(FpFreeFile() + FpPrintTxt(0, ""), 2);
   EXPECT_EQ(FpOpen(1, "t", "rb"), -1);
   EXPECT_EQ(FpOpen(2, ".", "rb"), -3);
   EXPECT_EQ(FpOpen(2, "t", "rb"), 0);

@@ -187,15 +187,16 @@ const char* NodeKey(const NdxNode& node, int i) {
 }
 
 NdxItem NodeGetX(const NdxNode& node, int i) {
-  return {NodePll(node, i), NodeRno(node, i),
-          std::string(NodeKey(node, i), static_cast<size_t>(node.itmlen - inKey))};
+  NdxItem item{NodePll(node, i), NodeRno(node, i), {}};
+  std::memcpy(item.key.data(), NodeKey(node, i), static_cast<size_t>(node.itmlen - inKey));
+  return item;
 }
 
 void NodeSetX(NdxNode& node, int i, const NdxItem& item) {
   unsigned char* p = _item(node, i);
   put2(p, item.pll);
   put2(p + inRno, item.rno);
-  std::memcpy(p + inKey, item.key.data(), item.key.size());
+  std::memcpy(p + inKey, item.key.data(), static_cast<size_t>(node.itmlen - inKey));
 }
 
 void NodeInsX(NdxNode& node, int i, const NdxItem& item) {
@@ -205,15 +206,20 @@ void NodeInsX(NdxNode& node, int i, const NdxItem& item) {
   NodeSetX(node, i, item);
 }
 
+void NodeMoveX(NdxNode& node, int i, NdxNode& to) {
+  to.count = node.count - i;
+  std::memcpy(_item(to, 0), _item(node, i), static_cast<size_t>(to.count) * node.itmlen);
+  node.count = i;
+}
+
 void delItm(NdxNode& node, int i) {
   --node.count;
   std::memmove(_item(node, i), _item(node, i + 1),
                static_cast<size_t>(node.count - i) * node.itmlen);
 }
 
-NdxNode* NodeRead(NdxPages& f, int no) {
+NdxNode* NodeLoad(NdxPages& f, int no) {
   if (no >= rootPage && no < f.pages) {
-    if (static_cast<size_t>(no) < f.node.size() && f.node[no]) return f.node[no].get();
     unsigned char bytes[ndxPageSize];
     if (_get(f, no, bytes) && get1(bytes) <= f.maxitms) {
       NdxNode& node = _keep(f, no);
