@@ -150,7 +150,10 @@ struct Faults : testing::Test {
     PutBytes("X.txt", std::string(99, 'o')), PutBytes("V.mem", "\x1A"), PutBytes("P.cmd", "? 1\n");
     PutBytes("K.cmd", "DO WHILE .NOT. EOF\nREPLACE AGE WITH AGE+1\nSKIP\nENDDO\n");
     for (const std::string table : {"T", "S", "X"}) Run("CREATE " + table, "NAME,C,5\nAGE,N,4\n\n");
-    Run("USE X : APPEND FROM S.txt SDF DELIMITED : USE S : APPEND FROM S.txt SDF DELIMITED : "
+    for (int i = 0; i < 130; ++i) std::ofstream("W.txt", std::ios::app) << "w" << i << "\n";
+    Run("CREATE W", "NAME,C,254\n\n");  // more than a block of an image
+    Run("USE W : APPEND FROM W.txt SDF : USE X : APPEND FROM S.txt SDF DELIMITED : USE S : APPEND "
+        "FROM S.txt SDF DELIMITED : "
         "USE T : APPEND FROM R.txt SDF DELIMITED : 1 : DELETE : 5 : DELETE : "
         "INDEX ON NAME TO A : INDEX ON AGE TO B : INDEX ON AGE TO C : USE");
     for (const auto& [name, content] : Look()) made[name] = Bytes(name);
@@ -220,6 +223,8 @@ const Statement statements[] = {
     {"MODIFY STRUCTURE", "Y\x17", "", false, true},
     {"MODIFY COMMAND P", "x\x17"}, {"MODIFY COMMAND N", "x\x17"},
     {"RENAME \"S.txt\" TO \"N.txt\""}, {"DELETE FILE S.txt"}, {"USE S", "", "DELETE"},
+    {"INDEX ON $(NAME,1,5) TO N", "", "USE W"}, {"COPY TO X", "", "USE W"},
+    {"DELETE ALL", "", "USE W", true}, {"APPEND FROM S", "", "USE W", true},
     {"LIST FOR AGE>0", "", "", false, false, true}, {"SUM AGE", "", "USE X", false, false, true},
     {"GOTO 2 : ? NAME", "", "USE X", false, false, true},
 };
@@ -337,6 +342,9 @@ TEST_F(Refusals, OfTargets) {
     for (const std::string name : {"X.dbf", "C.ndx", "N.dbf.mox~", "S.txt"})
       EXPECT_TRUE(OS_FileKeep(others.emplace_back(OS_FileOpen(name, FileMode::make)), name));
     EXPECT_EQ(NewFileDone(making), fileInUse);
+    PutBytes("K.txt.mox~", std::string(9999, 'x'));  // a killed program's
+    EXPECT_EQ(Run("COPY TO K.txt SDF"), "");
+    EXPECT_EQ(fs::file_size("K.txt"), 60u);
     for (const char* text :
          {"COPY TO %s", "COPY TO %s STRUCTURE", "COPY TO %s.dbf SDF", "SORT ON NAME TO %s",
           "TOTAL TO %s ON NAME", "JOIN TO %s FOR P.AGE=S.AGE", "CREATE %s", "SAVE TO %s.dbf",
