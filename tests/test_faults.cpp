@@ -38,6 +38,8 @@ Rows Records(const std::string& b) {
   return rows;
 }
 
+// A's keys are long, so that few go into a page.
+const std::string longName = "NAME+\"" + std::string(95, ' ') + "\"";
 using Items = std::vector<std::pair<std::string, unsigned>>;  // key, a number in 8 digits; record
 void Walk(const std::string& b, unsigned page, int depth, Items& items) {
   const size_t at = page * 512, size = b[7] & 255, end = at + 1 + (b[at] & 255) * size;
@@ -50,8 +52,9 @@ void Walk(const std::string& b, unsigned page, int depth, Items& items) {
     Bcd6 form;
     std::copy_n(b.begin() + i + 4, form.size(), form.begin());
     const bool number = b[9] == 8;
-    items.emplace_back(number ? StrFmt("%08.0f", bcd2d6(form)) : b.substr(i + 4, size - 4),
-                       Get2(b, i + 2));
+    items.emplace_back(
+        number ? StrFmt("%08.0f", bcd2d6(form)) : b.substr(i + 4, std::min<size_t>(size - 4, 5)),
+        Get2(b, i + 2));
   }
   if (const unsigned next = Get2(b, end)) Walk(b, next, depth + 1, items);
 }
@@ -147,15 +150,17 @@ struct Faults : testing::Test {
     SessionInit();
     PutBytes("R.txt", "ann,30\nbob,12\nbob,7\neve,41\ndan,5\numa,999\n");
     PutBytes("S.txt", "zoe,12\nkim,7\nlea,88\n");
-    PutBytes("X.txt", std::string(99, 'o')), PutBytes("V.mem", "\x1A"), PutBytes("P.cmd", "? 1\n");
+    PutBytes("X.txt", std::string(70000, 'o')), PutBytes("V.mem", "\x1A"),
+        PutBytes("P.cmd", "? 1\n");
     PutBytes("K.cmd", "DO WHILE .NOT. EOF\nREPLACE AGE WITH AGE+1\nSKIP\nENDDO\n");
     for (const std::string table : {"T", "S", "X"}) Run("CREATE " + table, "NAME,C,5\nAGE,N,4\n\n");
-    for (int i = 0; i < 130; ++i) std::ofstream("W.txt", std::ios::app) << "w" << i << "\n";
+    for (int i = 0; i < 300; ++i) std::ofstream("W.txt", std::ios::app) << "w" << i << "\n";
     Run("CREATE W", "NAME,C,254\n\n");  // more than a block of an image
     Run("USE W : APPEND FROM W.txt SDF : USE X : APPEND FROM S.txt SDF DELIMITED : USE S : APPEND "
         "FROM S.txt SDF DELIMITED : "
         "USE T : APPEND FROM R.txt SDF DELIMITED : 1 : DELETE : 5 : DELETE : "
-        "INDEX ON NAME TO A : INDEX ON AGE TO B : INDEX ON AGE TO C : USE");
+        "INDEX ON " +
+        longName + " TO A : INDEX ON AGE TO B : INDEX ON AGE TO C : USE");
     for (const auto& [name, content] : Look()) made[name] = Bytes(name);
     fs::rename("P.cmd", "../P.cmd");
     fs::create_symlink("../P.cmd", "P.cmd");
@@ -223,7 +228,7 @@ const Statement statements[] = {
     {"MODIFY STRUCTURE", "Y\x17", "", false, true},
     {"MODIFY COMMAND P", "x\x17"}, {"MODIFY COMMAND N", "x\x17"},
     {"RENAME \"S.txt\" TO \"N.txt\""}, {"DELETE FILE S.txt"}, {"USE S", "", "DELETE"},
-    {"INDEX ON $(NAME,1,5) TO N", "", "USE W"}, {"COPY TO X", "", "USE W"},
+    {"INDEX ON $(NAME,1,5) TO N", "", "USE W"}, {"COPY TO X", "", "USE W"}, {"COPY TO X.txt SDF", "", "USE W"},
     {"DELETE ALL", "", "USE W", true}, {"APPEND FROM S", "", "USE W", true},
     {"LIST FOR AGE>0", "", "", false, false, true}, {"SUM AGE", "", "USE X", false, false, true},
     {"GOTO 2 : ? NAME", "", "USE X", false, false, true},
@@ -466,7 +471,8 @@ struct Histories : Faults {
     PutBytes("S.txt", "ann,4\nbob,0\neve,5\nzoe,7\n");
     Run("STORE 2520 TO V : USE S : DELETE ALL : PACK : APPEND FROM S.txt SDF DELIMITED : USE T : "
         "DELETE ALL : PACK : APPEND FROM S.txt SDF DELIMITED : "
-        "INDEX ON NAME TO A : INDEX ON AGE+1000 TO B : INDEX ON V/AGE TO C : SET INDEX TO A,B,C");
+        "INDEX ON " +
+        longName + " TO A : INDEX ON AGE+1000 TO B : INDEX ON V/AGE TO C : SET INDEX TO A,B,C");
     Run(any(2) ? "SELECT B : USE T : SELECT A" : "SELECT B : USE T INDEX B : SELECT A");
     m.rebuild();
   }
