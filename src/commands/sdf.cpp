@@ -166,6 +166,7 @@ int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
     }
     result = KeepAppended(test, tally, lacking);
   }
+  ReadEnded(f.get(), path);
   return EndAppend(result, tally, lacking);
 }
 

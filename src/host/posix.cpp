@@ -1,4 +1,4 @@
-// The console of a POSIX host: keys and lines from file descriptor 0 through one buffer.
+// The console of a POSIX host: keys and lines from file descriptor 0.
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -13,32 +13,22 @@
 #include <cstring>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "host/file.h"
 #include "host/host.h"
+#include "host/input.h"
 #include "host/posix.h"
-#include "host/sequence.h"
 
 namespace mox {
 
 namespace {
 
-constexpr int _endMark = 0x1A;
-constexpr int _endOfFileKey = 4;
-constexpr int _forever = -1;
-constexpr int _extended = 256;
 constexpr Window _usualWindow = {24, 80};
-constexpr int _sequenceWait = 50;  // ms in which the rest of an escape sequence arrives
-constexpr int _pasteWait = 1000;   // ms in which the rest of a pasted text arrives
+constexpr int _pasteWait = 1000;  // ms in which the rest of a pasted text arrives
 constexpr char _markPastes[] = "\033[?2004h", _markNoPastes[] = "\033[?2004l";
 constexpr std::string_view _pasteEnd = "\033[201~";
 
-// Bytes read and not yet taken: _buf[_pos] to _buf[_end - 1].
-unsigned char _buf[4096];
-size_t _pos = 0, _end = 0;
-bool _ended = false;     // the input, not a terminal, is at its end
-bool _skipLf = false;    // a line feed that comes next belongs to the carriage return before it
-int _scanCode = -1;      // second half of an extended key whose first was given
 bool _pasting = false;   // what comes is pasted, up to a mark
 bool _dropping = false;  // and not wanted any more
 
@@ -197,9 +187,8 @@ struct AtEnd {
   ~AtEnd() { PosixLineMode(); }
 } _atEnd;
 
-// Ctrl-C while no key is awaited, and as a key.
+// Ctrl-C while no key is awaited.
 volatile sig_atomic_t _interrupted = 0;
-bool _interruptKey = false;
 struct sigaction _beforeInterrupt;
 void _onInterrupt(int) { _interrupted = 1; }
 
@@ -214,78 +203,33 @@ bool _waitInput(int ms) {
   }
 }
 
-// Appends to the buffer what can be read, waiting at most ms for it. False when nothing came.
-bool _fill(int ms) {
-  if (_ended) return false;
-  std::memmove(_buf, _buf + _pos, _end - _pos);
-  _end -= _pos;
-  _pos = 0;
-  OS_CountWait();
-  std::fflush(nullptr);
-  for (;;) {
-    if (!_waitInput(ms)) return false;
-    const ssize_t n = read(STDIN_FILENO, _buf + _end, sizeof _buf - _end);
-    if (n > 0) {
-      // Line mode keeps a zero byte for the key that ends the input.
-      const ssize_t ahead = std::min<ssize_t>(n, _lineBytes);
-      std::replace(_buf + _end, _buf + _end + ahead, 0, _endOfFileKey);
-      _lineBytes -= static_cast<int>(ahead);
-      _end += static_cast<size_t>(n);
-      return true;
-    }
-    if (n == 0 || (errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK)) {
-      _ended = !_isTerminal();
-      return false;
-    }
-  }
-}
-
-// True when the i-th byte ahead is in the buffer, after waiting at most ms for it.
-bool _have(size_t i, int ms) {
-  for (;;) {
-    if (_skipLf && _pos < _end) {
-      _pos += _buf[_pos] == '\n';
-      _skipLf = false;
-    }
-    if (_pos + i < _end) return true;
-    if (!_fill(ms)) return false;
-  }
-}
-
-int _take(int ms) { return _have(0, ms) ? _buf[_pos++] : keyEnd; }
-
-// The i-th byte ahead of a key of several bytes, which comes in one go.
-int _ahead(size_t i) { return _have(i, _sequenceWait) ? _buf[_pos + i] : keyEnd; }
-
 // Takes the sequence behind an Escape.
 Sequence _takeSequence() {
-  const Sequence sequence = FoldSequence(_ahead);
-  _pos += sequence.length;
+  const Sequence sequence = InTakeSequence();
   if (sequence.key >= pasteBegin) _pasting = sequence.key == pasteBegin;
   return sequence;
 }
 
 // Drops the rest of a pasted text.
 void _dropPaste() {
-  while (_pasting && _have(0, _pasteWait))
-    if (_take(0) == keyEscape) _takeSequence();
+  while (_pasting && InHave(0, _pasteWait))
+    if (InTake(0) == keyEscape) _takeSequence();
   _pasting = _dropping = false;
 }
 
 // Takes the letter that was typed with the Alt key, which comes together with an Escape: false when
 // there is none, as on input that isn't a terminal.
 bool _takeAlt() {
-  if (!_isTerminal() || _pos == _end || _buf[_pos] < ' ') return false;
-  const int first = _buf[_pos++];
-  _pos += LetterTail(first, _ahead);
-  return true;
+  const bool letter = _isTerminal() && InPending() && InAhead(0) >= ' ';
+  if (letter) InLetter(InTake(0));
+  return letter;
 }
 
 // True when keys wait that the terminal didn't edit: they, and what is typed up to the end of their
 // line, are edited here. Otherwise the terminal goes over to line mode.
 bool _lineAhead() {
   if (_mode == Mode::line) return false;
-  if (_have(0, 0)) return true;
+  if (InHave(0, 0)) return true;
   PosixLineMode();
   return false;
 }
@@ -301,20 +245,43 @@ void _eraseLetter(std::string& line) {
   _echo("\b \b");
 }
 
+// The next byte of a line of the terminal. Keys typed ahead in key mode aren't what line mode makes
+// of them.
+int _typedByte() {
+  const int c = InTake(forever);
+  return c == '\r' ? '\n' : c == keyEndOfFile ? keyEnd : c;
+}
+
 // Does with a key what the terminal does in line mode. Keys that are none of a line are passed
 // over.
-void _editLine(int c, std::string& line) {
+void _editKey(int c, std::string& line) {
   if (c == '\b' || c == 127 || c == _found.c_cc[VERASE]) {
     _eraseLetter(line);
   } else if (c == _found.c_cc[VKILL]) {
     while (!line.empty()) _eraseLetter(line);
   } else if (c == keyEscape) {
-    _pos += FoldSequence(_ahead).length;
+    InTakeSequence();
   } else if (c == '\t' || c >= ' ') {
     const char text[] = {static_cast<char>(c), 0};
     line += text;
     _echo(text);
   }
+}
+
+// Reads a line whose begin was typed ahead.
+bool _editLine(size_t max, std::string& line) {
+  line.clear();
+  while (line.size() < max) {
+    const int c = _typedByte();
+    if (c == keyEnd) return !line.empty() && !_interrupted;
+    if (c == '\n') {
+      _echo("\n");
+      line += '\n';
+      return true;
+    }
+    _editKey(c, line);
+  }
+  return max > 0;
 }
 
 }  // namespace
@@ -353,67 +320,29 @@ void OS_HoldEnd(bool hold) {
 }
 
 int _getch() {
-  if (_scanCode >= 0) {
-    const int second = _scanCode;
-    _scanCode = -1;
-    return second;
-  }
+  if (g_input.scanCode >= 0) return std::exchange(g_input.scanCode, -1);
   const KeyMode mode;
-  const int c = _take(_forever);
-  if (c == '\r') _skipLf = !_isTerminal();
-  if (c == '\n') return '\r';
+  const int c = InTake(forever);
+  if (c == '\r') g_input.skipLf = !_isTerminal();
   if (c == 127 && _isTerminal()) return '\b';
-  if (c == keyInterrupt && _isTerminal()) _interruptKey = true;
-  const size_t tail = LetterTail(c, _ahead);
-  _pos += tail;
-  if (tail > 0) return keyOther;
-  if (c != keyEscape) return c;
+  if (c != keyEscape) return InKey(c);
   const Sequence sequence = _takeSequence();
   if (sequence.scanCode < 0) return _takeAlt() ? keyOther : c;
-  if (sequence.key >= pasteBegin) return _isTerminal() ? _getch() : keyOther;
-  if (sequence.scanCode == 0) return sequence.key;
-  _scanCode = sequence.scanCode;
-  return FirstHalf(_scanCode);
+  if (sequence.key >= pasteBegin && _isTerminal()) return _getch();
+  return InSequenceKey(sequence);
 }
 
 void OS_HoldKeys(bool hold) { _setMode(hold ? Mode::keys : Mode::poll); }
 
 bool _kbhit() {
-  if (_scanCode >= 0 || _pos + _skipLf < _end) return true;
+  if (g_input.scanCode >= 0 || InPending()) return true;
   _setMode(Mode::poll);
-  return _have(0, 0);
+  return InHave(0, 0);
 }
 
 bool OS_ReadLine(size_t max, std::string& line) {
-  const bool ahead = _lineAhead();
-  line.clear();
-  bool content = true;
-  for (size_t n = 0; n < max;) {
-    int c = _take(_forever);
-    if (_isTerminal()) {
-      // Keys typed ahead in key mode aren't what line mode makes of them.
-      if (c == '\r') c = '\n';
-      if (c == _endOfFileKey) c = keyEnd;
-      if (ahead && c == '\n') _echo("\n");
-    } else if (c == _endMark) {
-      _ended = true;
-      _pos = _end;
-      c = keyEnd;
-    } else if (c == '\r' && _have(0, _forever) && _buf[_pos] == '\n') {
-      c = _buf[_pos++];
-    }
-    if (c == keyEnd) return n > 0 && !_interrupted;
-    if (ahead && c != '\n') {
-      _editLine(c, line);
-      n = line.size();
-      continue;
-    }
-    ++n;
-    if (c == 0) content = false;
-    if (content || c == '\n') line += static_cast<char>(c);
-    if (c == '\n') return true;
-  }
-  return max > 0;
+  if (!_isTerminal()) return InLine(max, line, InLineByte);
+  return _lineAhead() ? _editLine(max, line) : InLine(max, line, _typedByte);
 }
 
 bool OS_CanEdit() {
@@ -426,9 +355,8 @@ bool OS_CanEdit() {
 }
 
 void OS_EditLine(bool on) {
-  if (_pasting && _end - _pos >= _pasteEnd.size() &&
-      std::equal(_pasteEnd.begin(), _pasteEnd.end(), _buf + _pos)) {
-    _pos += _pasteEnd.size();
+  if (_pasting && g_input.bytes.compare(g_input.pos, _pasteEnd.size(), _pasteEnd) == 0) {
+    g_input.pos += _pasteEnd.size();
     _pasting = false;
   }
   _setMode(on ? Mode::edit : _pasting ? Mode::poll : Mode::line);
@@ -437,8 +365,8 @@ void OS_EditLine(bool on) {
 int OS_EditKey(std::string& letter) {
   for (;;) {
     if (_dropping) _dropPaste();
-    if (_pasting && !_have(0, _pasteWait) && !_shown) _pasting = false;
-    int key = _shown ? keyEnd : _take(_forever);
+    if (_pasting && !InHave(0, _pasteWait) && !_shown) _pasting = false;
+    int key = _shown ? keyEnd : InTake(forever);
     if (key == keyEnd && _shown && !_interrupted && !_endSignal) {
       const int shown = _shown;
       _shown = 0;
@@ -447,17 +375,15 @@ int OS_EditKey(std::string& letter) {
     if (key == keyEscape) {
       const Sequence sequence = _takeSequence();
       if (sequence.scanCode < 0) _takeAlt();
-      if (sequence.scanCode > 0 && !_pasting) return _extended + sequence.scanCode;
+      if (sequence.scanCode > 0 && !_pasting) return keyExtended + sequence.scanCode;
       if (sequence.scanCode != 0 || sequence.key >= keyOther) continue;
       key = sequence.key;  // of the keypad
     }
-    if (key == '\r') _skipLf = _pasting;
+    if (key == '\r') g_input.skipLf = _pasting;
     if (key == '\n') key = '\r';
     if (key == 127) key = '\b';
     if (key >= ' ' || (_pasting && key == '\t')) {
-      letter = key == '\t' ? ' ' : static_cast<char>(key);
-      for (size_t tail = LetterTail(key, _ahead); tail > 0; --tail)
-        letter += static_cast<char>(_take(0));
+      letter = key == '\t' ? " " : InLetter(key);
       return 0;
     }
     if (key < 0 || key == '\r' || (!_pasting && key > 0)) return key;
@@ -466,17 +392,33 @@ int OS_EditKey(std::string& letter) {
 
 void OS_CatchInterrupt() { _handle(SIGINT, _onInterrupt, _beforeInterrupt); }
 
-bool OS_Interrupted() { return _interrupted || _interruptKey; }
+bool OS_Interrupted() { return _interrupted || g_input.interruptKey; }
 
 void OS_ForgetInterrupt() {
   if (!OS_Interrupted()) return;
   _interrupted = 0;
-  _interruptKey = false;
-  _pos = _end;
-  _skipLf = false;
-  _scanCode = -1;
   _dropping = _pasting;
-  _ended = _ended || !_isTerminal();
+  InForget();
+}
+
+// Line mode keeps a zero byte for the key that ends the input.
+bool InFill(int ms) {
+  for (;;) {
+    if (!_waitInput(ms)) return false;
+    char bytes[4096];
+    const ssize_t n = read(STDIN_FILENO, bytes, sizeof bytes);
+    if (n > 0) {
+      const ssize_t ahead = std::min<ssize_t>(n, _lineBytes);
+      std::replace(bytes, bytes + ahead, '\0', static_cast<char>(keyEndOfFile));
+      _lineBytes -= static_cast<int>(ahead);
+      g_input.bytes.append(bytes, static_cast<size_t>(n));
+      return true;
+    }
+    if (n == 0 || (errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK)) {
+      g_input.ended = !_isTerminal();
+      return false;
+    }
+  }
 }
 
 }  // namespace mox

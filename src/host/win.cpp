@@ -16,17 +16,12 @@
 
 #include "host/file.h"
 #include "host/host.h"
-#include "host/sequence.h"
+#include "host/input.h"
 
 namespace mox {
 
 namespace {
 
-constexpr int _endMark = 0x1A;
-constexpr int _endOfFileKey = 4;
-constexpr int _extended = 256;
-constexpr int _forever = -1;
-constexpr int _sequenceWait = 50;  // ms in which the rest of an escape sequence arrives
 constexpr DWORD _pollEvery = 5;    // ms between two looks at a pipe
 constexpr DWORD _noteWait = 1000;  // ms in which Ctrl-C is noted
 constexpr DWORD _showEvery = 100;  // ms in which printed output appears
@@ -35,14 +30,7 @@ constexpr Window _usualWindow = {24, 80};
 constexpr size_t _outputSize = 4096;
 constexpr DWORD _ansiMode = 7;  // processed output, wrap at the end of line, ANSI sequences
 
-// Bytes read and not yet taken, from _pos on: all input that isn't from a console; of a console,
-// what the reads of a line and of a key have left.
-std::string _buf;
-size_t _pos = 0;
-std::wstring _wide;    // half a character of the console, whose other half comes next
-bool _ended = false;   // the input, not a console, is at its end
-bool _skipLf = false;  // a line feed that comes next belongs to the carriage return before it
-int _scanCode = -1;    // second half of an extended key whose first was given
+std::wstring _wide;  // half a character of the console, whose other half comes next
 
 HANDLE _input() {
   static const HANDLE handle = GetStdHandle(STD_INPUT_HANDLE);
@@ -72,7 +60,6 @@ void _restore() {
 // Ctrl-C while no key is awaited is noted. Other events do what they do by default, with the
 // console as it was found. The host calls this in a thread of its own.
 std::atomic<bool> _interrupted = false;
-bool _interruptKey = false;  // and as a key
 
 // The end of the program, while it can't end at once, is the end of the input.
 std::atomic<bool> _holdEnd = false, _ending = false;
@@ -111,9 +98,9 @@ void _append(const wchar_t* text, size_t size) {
   const size_t whole = _wide.size() - (!_wide.empty() && IS_HIGH_SURROGATE(_wide.back()));
   const int from = static_cast<int>(whole);
   const int n = WideCharToMultiByte(CP_UTF8, 0, _wide.data(), from, nullptr, 0, nullptr, nullptr);
-  const size_t at = _buf.size();
-  _buf.resize(at + static_cast<size_t>(n));
-  WideCharToMultiByte(CP_UTF8, 0, _wide.data(), from, _buf.data() + at, n, nullptr, nullptr);
+  std::string bytes(static_cast<size_t>(n), 0);
+  WideCharToMultiByte(CP_UTF8, 0, _wide.data(), from, bytes.data(), n, nullptr, nullptr);
+  g_input.bytes += bytes;
   _wide.erase(0, whole);
 }
 
@@ -139,53 +126,18 @@ bool _waitInput(int ms) {
     DWORD ready = 0;
     if (!pipe || !PeekNamedPipe(_input(), nullptr, 0, nullptr, &ready, nullptr) || ready > 0)
       return true;
-    if (ms != _forever && GetTickCount64() - start >= static_cast<ULONGLONG>(ms)) return false;
+    if (ms != forever && GetTickCount64() - start >= static_cast<ULONGLONG>(ms)) return false;
     Sleep(_pollEvery);
   }
 }
 
 bool _fillFromFile(int ms) {
-  if (_ended || !_waitInput(ms)) return false;
+  if (!_waitInput(ms)) return false;
   char bytes[4096];
   DWORD n = 0;
-  _ended = !ReadFile(_input(), bytes, sizeof bytes, &n, nullptr) || n == 0;
-  _buf.append(bytes, n);
+  g_input.ended = !ReadFile(_input(), bytes, sizeof bytes, &n, nullptr) || n == 0;
+  g_input.bytes.append(bytes, n);
   return n > 0;
-}
-
-// Appends to the buffer what can be read, waiting at most ms for it. False when nothing came.
-bool _fill(int ms) {
-  _buf.erase(0, _pos);
-  _pos = 0;
-  OS_CountWait();
-  std::fflush(nullptr);
-  return _isConsole() ? _fillFromConsole() : _fillFromFile(ms);
-}
-
-// Drops the second half of a line end whose first was given.
-void _dropLf() {
-  if (!_skipLf || _pos == _buf.size()) return;
-  _pos += _buf[_pos] == '\n';
-  _skipLf = false;
-}
-
-// True when the i-th byte ahead is in the buffer, after waiting at most ms for it.
-bool _have(size_t i, int ms) {
-  for (;;) {
-    _dropLf();
-    if (_pos + i < _buf.size()) return true;
-    if (!_fill(ms)) return false;
-  }
-}
-
-int _byte(size_t at) { return static_cast<unsigned char>(_buf[at]); }
-
-int _take(int ms) { return _have(0, ms) ? _byte(_pos++) : keyEnd; }
-
-// The i-th byte ahead of a key of several bytes, which comes in one go.
-int _ahead(size_t i) {
-  const bool there = _isConsole() ? _pos + i < _buf.size() : _have(i, _sequenceWait);
-  return there ? _byte(_pos + i) : keyEnd;
 }
 
 // The extended keys of a console.
@@ -236,13 +188,13 @@ class KeyMode {
   DWORD _found = 0;
 };
 
-// The next key of the console: its first byte, the others in the buffer or in _scanCode; or
+// The next key of the console: its first byte, the others in the buffer or the scan code ahead; or
 // keyResized, if that is asked for.
 int _consoleKey(bool tellResize = false) {
   OS_CountWait();
   std::fflush(nullptr);
   const KeyMode mode;
-  while (_pos == _buf.size()) {
+  while (!InPending()) {
     if (_ending) return keyEnd;
     INPUT_RECORD event;
     DWORD n = 0;
@@ -250,12 +202,12 @@ int _consoleKey(bool tellResize = false) {
     if (event.EventType == WINDOW_BUFFER_SIZE_EVENT && tellResize) return keyResized;
     const Typed typed = _typed(event);
     if (typed.scanCode) {
-      _scanCode = typed.scanCode;
-      return FirstHalf(_scanCode);
+      g_input.scanCode = typed.scanCode;
+      return FirstHalf(typed.scanCode);
     }
     if (typed.character) _append(&typed.character, 1);
   }
-  return _byte(_pos++);
+  return InTake(0);
 }
 
 bool _consoleKeyPending() {
@@ -302,28 +254,14 @@ void OS_SetRestoreText(const char* text) { _restoreText = text; }
 void OS_HoldEnd(bool hold) { _holdEnd = hold; }
 
 int _getch() {
-  if (_scanCode >= 0) {
-    const int second = _scanCode;
-    _scanCode = -1;
-    return second;
-  }
-  _dropLf();
-  const bool event = _isConsole() && _pos == _buf.size();
-  const int c = event ? _consoleKey() : _take(_forever);
-  if (event && _scanCode >= 0) return c;
-  if (c == '\r' && !event) _skipLf = true;
-  if (c == '\n') return '\r';
-  if (c == keyInterrupt && _isConsole()) _interruptKey = true;
-  const size_t tail = LetterTail(c, _ahead);
-  _pos += tail;
-  if (tail > 0) return keyOther;
-  if (c != keyEscape || _isConsole()) return c;
-  const Sequence sequence = FoldSequence(_ahead);
-  if (sequence.scanCode < 0) return c;
-  _pos += sequence.length;
-  if (sequence.scanCode == 0) return std::min(sequence.key, keyOther);
-  _scanCode = sequence.scanCode;
-  return FirstHalf(_scanCode);
+  if (g_input.scanCode >= 0) return std::exchange(g_input.scanCode, -1);
+  const bool event = _isConsole() && !InPending();
+  const int c = event ? _consoleKey() : InTake(forever);
+  if (event && g_input.scanCode >= 0) return c;
+  if (c == '\r' && !event) g_input.skipLf = true;
+  if (c != keyEscape || _isConsole()) return InKey(c);
+  const Sequence sequence = InTakeSequence();
+  return sequence.scanCode < 0 ? c : InSequenceKey(sequence);
 }
 
 // The console's own editing, with its recall of lines, is for lines that it reads itself.
@@ -339,20 +277,18 @@ void OS_EditLine(bool) { std::fflush(stdout); }
 
 int OS_EditKey(std::string& letter) {
   for (;;) {
-    const bool event = _pos == _buf.size();
-    const int key = event ? _consoleKey(true) : _byte(_pos++);
-    if (event && _scanCode >= 0) return _extended + std::exchange(_scanCode, -1);
+    const bool event = !InPending();
+    const int key = event ? _consoleKey(true) : InTake(0);
+    if (event && g_input.scanCode >= 0) return keyExtended + std::exchange(g_input.scanCode, -1);
     if (key == keyInterrupt) {
       _interrupted = true;
       return keyEnd;
     }
     if (key == keyEscape || key == 0) continue;
     if (key == '\n') return '\r';
-    if (key == _endMark) return _endOfFileKey;
+    if (key == endMark) return keyEndOfFile;
     if (key < ' ') return key;
-    letter = static_cast<char>(key);
-    for (size_t tail = LetterTail(key, _ahead); tail > 0; --tail)
-      letter += static_cast<char>(_byte(_pos++));
+    letter = InLetter(key);
     return 0;
   }
 }
@@ -361,45 +297,28 @@ int OS_EditKey(std::string& letter) {
 void OS_HoldKeys(bool) {}
 
 bool _kbhit() {
-  _dropLf();
-  if (_scanCode >= 0 || _pos < _buf.size()) return true;
-  return _isConsole() ? _consoleKeyPending() : _have(0, 0);
+  if (g_input.scanCode >= 0 || InPending()) return true;
+  return _isConsole() ? _consoleKeyPending() : InHave(0, 0);
 }
 
-bool OS_ReadLine(size_t max, std::string& line) {
-  line.clear();
-  bool content = true;
-  for (size_t n = 0; n < max; ++n) {
-    int c = _take(_forever);
-    if (c == _endMark) {
-      _ended = true;  // for good unless it is a console
-      _pos = _buf.size();
-      c = keyEnd;
-    } else if (c == '\r' && _have(0, _forever) && _buf[_pos] == '\n') {
-      c = _byte(_pos++);
-    }
-    if (c == keyEnd) return n > 0 && !_interrupted;
-    if (c == 0) content = false;
-    if (content || c == '\n') line += static_cast<char>(c);
-    if (c == '\n') return true;
-  }
-  return max > 0;
-}
+bool OS_ReadLine(size_t max, std::string& line) { return InLine(max, line, InLineByte); }
 
 void OS_CatchInterrupt() { SetConsoleCtrlHandler(_onEvent, TRUE); }
 
-bool OS_Interrupted() { return _interrupted || _interruptKey; }
+bool OS_Interrupted() { return _interrupted || g_input.interruptKey; }
 
 void OS_ForgetInterrupt() {
   if (!OS_Interrupted()) return;
-  _interruptKey = false;
   if (_isConsole()) FlushConsoleInputBuffer(_input());
   _interrupted = false;
-  _pos = _buf.size();
   _wide.clear();
-  _skipLf = false;
-  _scanCode = -1;
-  _ended = _ended || !_isConsole();
+  InForget();
+}
+
+// The rest of a key is there with its first byte: the console waits for whole lines only.
+bool InFill(int ms) {
+  if (_isConsole()) return ms == forever && _fillFromConsole();
+  return _fillFromFile(ms);
 }
 
 }  // namespace mox

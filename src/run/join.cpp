@@ -6,6 +6,7 @@
 
 #include "run/run_ops.h"
 #include "session/misc.h"
+#include "session/number.h"
 #include "session/options.h"
 
 namespace mox {
@@ -13,7 +14,7 @@ namespace mox {
 namespace {
 
 bool _done(Run& run, const Joint& j) {
-  run.pc += static_cast<int>(j.row->steps.size());
+  run.pc += j.steps;
   return true;
 }
 
@@ -67,8 +68,8 @@ bool _compareNames(Run& run, Joint& j) {
 template <class Op>
 bool _truths(Run& run, const Joint& j, int count, Op op) {
   if (run.depth < count) return false;
-  Value& a = run.stk[static_cast<size_t>(run.depth - count)];
-  const Value& b = run.top();
+  Value& b = run.top();
+  Value& a = *(&b - (count - 1));
   if (!a.isTruth() || !b.isTruth()) return false;
   a.setTruth(op(a.holds(), b.holds()));
   run.depth -= count - 1;
@@ -101,6 +102,7 @@ constexpr JoinRow rows[] = {
     {"9L-", _calculate},
     {"9L*", _calculate},
     {"9L", _pushValue},
+    {"9", _pushValue},
     {"Q", _pushValue},
     {":", _source},
     {"&", _and},
@@ -147,9 +149,16 @@ bool _fits(std::string_view letters, std::string_view row) {
   return true;
 }
 
+// The bare text; a count is known without it.
+Value _number(std::string_view text) {
+  const Value count = Value::ofCount(TxtToInt(text));
+  return count.text() == text ? count : Value(text);
+}
+
 std::shared_ptr<Joint> _joint(const JoinRow& row, const Step* step) {
   const auto joint = std::make_shared<Joint>();
   joint->row = &row;
+  joint->steps = static_cast<int>(row.steps.size());
   for (const char letter : row.steps) {
     switch (letter) {
       case 'N':
@@ -157,7 +166,7 @@ std::shared_ptr<Joint> _joint(const JoinRow& row, const Step* step) {
         joint->name.text = strUpper(step->operand());
         break;
       case 'Q': joint->value = Value::ofContent(qs2s(step->operand())); break;
-      case '9': joint->value = step->operand(); break;
+      case '9': joint->value = _number(step->operand()); break;
       case 'L': joint->value = ToNumber(joint->value); break;
       case '+':
       case '-':

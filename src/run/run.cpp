@@ -174,10 +174,9 @@ void _dispatch(Run& run, const Step& step) {
     dbPut();
     if (errnum != errNone) return;
   }
-  Operands operands(run.stk);
-  if (operands.lay(*step.effect, run.depth)) {
-    step.entry->handler(operands);
-    run.depth = operands.depthAfter();
+  if (run.operands.lay(step.entry->word, *step.effect, run.depth)) {
+    step.entry->handler(run.operands);
+    run.depth = run.operands.depthAfter();
   } else if (step.entry->word[0] == '=') {
     ArgErr(step.entry->refusal);
   } else {
@@ -211,8 +210,8 @@ void _runStep(Run& run, const Step& step) {
 // at Ctrl-C: only JP goes back in a list, and it is in no run.
 void _runJoints(Run& run) {
   if (g_opt[optR1]) return;
-  for (const size_t size = run.program.size(); static_cast<size_t>(run.pc) < size;) {
-    Joint* const joint = run.program[run.pc].joint.get();
+  while (static_cast<size_t>(run.pc) < run.size) {
+    Joint* const joint = run.steps[run.pc].joint.get();
     if (!joint || !joint->row->act(run, *joint)) return;
   }
 }
@@ -247,24 +246,25 @@ bool KnownStep(std::string_view step) {
   return cut.core == Core::CMP ? cut.number >= 0 : cut.core != Core::none || cut.entry;
 }
 
-int doRun1(const Program& program, Stack& stk, RunOf what) {
+int doRun1(Run& run, RunOf what) {
   outcol = 0;
   errnum = errNone;
-  Run run(program, stk);
+  run.pc = run.depth = 0;
+  run.calls.clear();
   while (errnum == errNone && !(what == RunOf::statements && Interrupted())) {
     _runJoints(run);
-    if (static_cast<size_t>(run.pc) >= program.size()) {
+    if (static_cast<size_t>(run.pc) >= run.size) {
       IntErr("NO SUCH STEP");
       break;
     }
-    const Step& step = program[run.pc];
+    const Step& step = run.steps[run.pc];
     errpc = run.pc++;
     errstep = step.text;
     if (g_opt[optR1]) std::printf("%05d: %s\n", errpc, step.text.c_str());
     _runStep(run, step);
     if (run.depth < 0) IntErr("STACK UNDERFLOW");
     if (g_opt[optR1] && run.depth >= 1)
-      std::printf("       stk[%d]=%s\n", run.depth - 1, stk[run.depth - 1].text().c_str());
+      std::printf("       stk[%d]=%s\n", run.depth - 1, run.top().text().c_str());
   }
   if (errnum == errEnd) {
     errnum = errNone;
@@ -277,8 +277,8 @@ int doRun1(const Program& program, Stack& stk, RunOf what) {
 void doRun(const Program& program) {
   NestGuard nest;
   if (!nest.ok()) return;
-  Stack stk;
-  doRun1(program, stk, RunOf::statements);
+  Run run(program);
+  doRun1(run, RunOf::statements);
   dbPut();
   dbRevert();  // of a change that an error or Ctrl-C broke off
   FpCloseAll();

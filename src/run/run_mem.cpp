@@ -24,6 +24,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/file.h"
 #include "run/handlers.h"
 #include "session/error.h"
 #include "session/files.h"
@@ -41,7 +42,6 @@ constexpr size_t nameField = 11;
 constexpr size_t maxName = 10;
 constexpr size_t headSize = nameField + 1;
 constexpr size_t restSize = 4;  // of the fixed part, behind the type
-constexpr char endMark = 0x1A;
 constexpr int typeBit = 0x80;
 constexpr int typeMask = 0x7F;
 constexpr int maxByte = 255;
@@ -167,11 +167,13 @@ int _getVariable(std::FILE* f, const char (&head)[headSize]) {
 
 // Reads variables into the table, those before a damaged record too: 0, memNoFile or memDamaged.
 int MoxRestoreMem(std::string_view filename) {
-  const File f = FileOpen(FnFind(FnExt(filename, ".mem")), "rb");
+  const std::string path = FnFind(FnExt(filename, ".mem"));
+  const File f = FileOpen(path, "rb");
   if (!f) return memNoFile;
   char head[headSize];
   for (;;) {
     const size_t n = std::fread(head, 1, headSize, f.get());
+    if (!ReadEnded(f.get(), path)) return memDamaged;
     if (n == 0 || head[0] == endMark) return 0;
     if (n < headSize) return memDamaged;
     if (const int result = _getVariable(f.get(), head)) return result;

@@ -64,7 +64,7 @@ std::string _findPath() {
 struct Turn {
   explicit Turn(const std::string& path) : lock(OS_FileOpen(path + ".lock", FileMode::make)) {
     for (int i = 0; i < turnTries && lock != noFile && !ours; ++i) {
-      ours = OS_FileKeep(lock);
+      ours = OS_FileKeep(lock, path + ".lock");
       if (!ours) std::this_thread::sleep_for(turnEvery);
     }
   }

@@ -8,14 +8,13 @@
 #include "host/file.h"
 #include "host/host.h"
 #include "host/path.h"
+#include "session/session.h"
 
 namespace mox {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr char endMark = 0x1A;
 
 constexpr int _fpSlots = 10;
 constexpr int _fpFirst = 2;  // the first slot for files
@@ -87,7 +86,8 @@ bool FileDelete(const std::string& path) {
   const fs::path file = PathOf(path);
   std::error_code ec;
   const fs::file_status status = fs::symlink_status(file, ec);
-  return (fs::is_regular_file(status) || fs::is_symlink(status)) && fs::remove(file, ec);
+  return (fs::is_regular_file(status) || fs::is_symlink(status)) && OS_MayUseFile(FileOp::remove) &&
+         fs::remove(file, ec);
 }
 
 bool FileRename(const std::string& from, const std::string& to) {
@@ -107,6 +107,12 @@ bool FileInUse(const std::string& path) {
                      [&](const FileUse* use) { return SameFile(use->path, path); });
 }
 
+bool ReadEnded(std::FILE* f, const std::string& path) {
+  if (!std::ferror(f)) return true;
+  ReadFailed(path);
+  return false;
+}
+
 bool TextReader::fill() {
   constexpr size_t blockSize = 1 << 16;
   block_.resize(blockSize);
@@ -117,6 +123,7 @@ bool TextReader::fill() {
 }
 
 bool TextReader::read(size_t max, std::string& line) {
+  const auto isPlain = [](char c) { return static_cast<unsigned char>(c) > endMark; };
   line.clear();
   bool content = true;
   for (size_t n = 0; n < max;) {
@@ -124,7 +131,7 @@ bool TextReader::read(size_t max, std::string& line) {
     const char* const p = block_.data() + at_;
     const size_t most = std::min(max - n, block_.size() - at_);
     size_t plain = 0;
-    while (plain<most&& static_cast<unsigned char>(p[plain])> endMark) ++plain;
+    while (plain < most && isPlain(p[plain])) ++plain;
     if (content) line.append(p, plain);
     at_ += plain;
     n += plain;
@@ -147,7 +154,8 @@ std::optional<Lines> ReadLines(const std::string& path) {
   Lines lines;
   TextReader text(f.get());
   for (std::string line; text.read(maxLine, line);) lines.push_back(rm_nl(line));
-  return lines;
+  if (ReadEnded(f.get(), path)) return lines;
+  return std::nullopt;
 }
 
 void K7Init() { FpCloseAll(); }

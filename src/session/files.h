@@ -66,9 +66,13 @@ class TextReader {
   bool ended_ = false;
 };
 
+// True behind the last read of a stream that came to the end of its file; otherwise the file
+// couldn't be read, and that is reported.
+bool ReadEnded(std::FILE* f, const std::string& path);
+
 // The lines of a text file without their line ends, in reads of maxLine bytes; a line of exactly
 // maxLine bytes comes back as that line and an empty one. A byte order mark of UTF-8 in front is
-// left out. Nothing when the file can't be opened.
+// left out. Nothing when the file can't be opened or read.
 std::optional<Lines> ReadLines(const std::string& path);
 
 // The table of numbered files: slots 0 to 9, of which 0 is the standard output, 1 the standard

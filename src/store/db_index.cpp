@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "session/error.h"
+#include "session/session.h"
 #include "session/value.h"
 #include "store/db.h"
 #include "store/db_area.h"
@@ -162,10 +163,11 @@ bool _keyBefore(KeyMove& m, const DbfTable& t, const std::string& row) {
   const FirstErr first;
   const ShownRow shown(t, row);
   if (dbKeyText(*m.x, m.before) == 0) return true;
-  if (ndxHasRno(*m.x, t.recno)) return false;
-  m.out = false;
-  TakeErr();
-  return true;
+  const ErrorSlot failed = TakeErr();
+  m.out = ndxHasRno(*m.x, t.recno);
+  if (dbNdxDamaged(*m.x)) return false;
+  if (m.out) PutErr(failed);
+  return !m.out;
 }
 
 // Makes the keys of the stored record, if there is one, and then of the new one: false when one
@@ -209,6 +211,7 @@ int _moveRecord(DbfTable& t, std::vector<KeyMove>& moves) {
   const std::string stored = moves.empty() ? std::string() : dbfStored(t);
   int result = _eachIndex(moves, [&](KeyMove& m) {
     if (m.out) _takeOut(m, t, stored);
+    if (m.x->file->damaged) return static_cast<int>(ndxFail);
     return m.in ? ndxAdd(*m.x, t.recno, m.after) : 0;
   });
   if (result == 0) result = _eachIndex(moves, [](KeyMove& m) { return ndxReserve(*m.x); });
@@ -232,8 +235,9 @@ int _replace(int area, bool mayLack) {
   if (!dbOPEN(area)) return 0;
   if (!a.table.adding && !dbHasRecord(area)) return -1;
   std::vector<KeyMove> moves = _indexesOf(a);
+  for (KeyMove& m : moves) m.x->file->damaged = false;  // what an earlier statement met
   dbfRow(a.table);
-  const bool made = moves.empty() || _makeKeys(a.table, moves, mayLack);
+  const bool made = (moves.empty() || _makeKeys(a.table, moves, mayLack)) && !ReadHasFailed();
   const bool moved = made && _moveRecord(a.table, moves) == 0;
   if (!moved) dbfRevert(a.table);
   if (!moves.empty()) dbMasterBack(a);
@@ -271,7 +275,7 @@ int _addRecords(NdxFile& x, bool talk, bool anew) {
     std::optional<ShownRow> shown;
     if (anew) shown.emplace(dbAreaOf(selectedArea).table);
     const Value* const value = x.file->key.compile() == 0 ? _runKey(x.file->key) : nullptr;
-    if (errnum == errTold) return -1;
+    if (errnum == errTold || ReadHasFailed()) return -1;
     PutErr(slot);
     if (!value) continue;
     _keyOf(*value, keyText);
@@ -405,7 +409,10 @@ int dbReplaceLater(int area) {
 }
 
 void dbPut() {
-  if (std::exchange(g_late, false)) dbLetGo(_late.area);
+  if (!std::exchange(g_late, false)) return;
+  const ErrorSlot later = TakeErr();  // of a statement behind those whose records were held
+  dbLetGo(_late.area);
+  if (errnum == errNone) PutErr(later);
 }
 
 void dbTick() {

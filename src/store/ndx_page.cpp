@@ -114,12 +114,12 @@ int _open1(NdxFile& x, const std::string& name, bool keep) {
     f->name = name;
     const FileHandle h = OS_FileOpen(name, FileMode::change);
     if (h == noFile) return ndxFail;
-    imgOpen(f->image, h);
+    imgOpen(f->image, h, name);
     f->use.emplace(name);
     if (const int result = _readHeader(*f); result != 0) return result;
     _open.push_back(f);
   }
-  if (keep && !f->kept && !OS_FileKeep(f->image.f)) return ndxInUse;
+  if (keep && !f->kept && !OS_FileKeep(f->image.f, name)) return ndxInUse;
   f->kept |= keep;
   x.file = std::move(f);
   return 0;
@@ -152,7 +152,7 @@ int _make(NdxFile& x, NewFile& made, const std::string& bytes) {
   auto f = std::make_shared<NdxPages>();
   f->name = made.path;
   f->owned = false;
-  imgOpen(f->image, made.f);
+  imgOpen(f->image, made.f, made.path);
   const int result = _readHeader(*f);
   if (result == 0) x.file = std::move(f);
   return result;
@@ -397,7 +397,7 @@ void ndxRest() {
 int ndxTakeOver(NdxPages& f, NewFile& made) {
   FileHandle h = f.image.f;
   const int result = NewFileDone(made, &h);
-  imgOpen(f.image, h);
+  imgOpen(f.image, h, f.name);
   f.node.clear();
   f.changed.clear();
   f.written.clear();
