@@ -35,7 +35,8 @@ class Ndx : public testing::Test {
   }
   void Add(const std::string& text, int rno) {
     ASSERT_EQ(0, ndxAdd(x, rno, text));
-    model.emplace(OrderOf(x.file->type, formatkey(*x.file, text)), std::pair(text, rno));
+    model.emplace(OrderOf(x.file->type, std::string(formatkey(*x.file, text))),
+                  std::pair(text, rno));
   }
   void Delete(size_t at) {
     const auto item = std::next(model.begin(), static_cast<long>(at));
