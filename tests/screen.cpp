@@ -51,7 +51,9 @@ struct Screen::Terminal {
   int cols = 80;
   VTerm* vt = vterm_new(rows, cols);
   VTermScreen* screen = vterm_obtain_screen(vt);
-  std::string text{};  // read and not yet fed
+  std::string text{};          // read and not yet fed
+  std::string all{}, found{};  // ever read; the mode before the program
+  size_t seen = 0;             // bytes of all that were searched
 
   ~Terminal() {
     if (pid > 0) {
@@ -78,6 +80,7 @@ struct Screen::Terminal {
     const ssize_t n = read(master, bytes, sizeof bytes);
     if (n <= 0) return false;
     text.append(bytes, static_cast<size_t>(n));
+    all.append(bytes, static_cast<size_t>(n));
     const size_t whole = WholeLetters(text);
     vterm_input_write(vt, text.data(), whole);
     text.erase(0, whole);
@@ -107,25 +110,36 @@ struct Screen::Terminal {
   bool Reap(int& status) { return pid > 0 && waitpid(pid, &status, WNOHANG) == pid; }
 };
 
-Screen::Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir,
-               int rows, int cols)
+Screen::Screen(const std::function<void()>& child, const char* term, int rows, int cols)
     : t_(new Terminal{.rows = rows, .cols = cols}) {
   vterm_set_utf8(t_->vt, 1);
   vterm_screen_reset(t_->screen, 1);
-  std::vector<char*> argv{program.data()};
-  for (auto& arg : args) argv.push_back(arg.data());
-  argv.push_back(nullptr);
-  if (!t_->Open() || (t_->pid = fork()) < 0)
+  const bool opened = t_->Open();
+  t_->found = opened ? Mode() : "";
+  if (!opened || (t_->pid = fork()) < 0)
     throw std::system_error(errno, std::generic_category(), "a program on a terminal");
   if (t_->pid == 0) {
     close(t_->master);
-    setenv("TERM", "xterm", 1);
-    if (login_tty(t_->slave) != 0 || chdir(dir.c_str()) != 0) _exit(126);
-    execv(program.c_str(), argv.data());
-    _exit(127);
+    setenv("TERM", term, 1);
+    if (login_tty(t_->slave) != 0) _exit(126);
+    child();
+    std::fflush(stdout);
+    _exit(0);
   }
   Type("");
 }
+
+Screen::Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir,
+               int rows, int cols)
+    : Screen(
+          [&] {
+            std::vector<char*> argv{program.data()};
+            for (auto& arg : args) argv.push_back(arg.data());
+            argv.push_back(nullptr);
+            if (chdir(dir.c_str()) == 0) execv(program.c_str(), argv.data());
+            _exit(127);
+          },
+          "xterm", rows, cols) {}
 
 Screen::~Screen() = default;
 
@@ -209,6 +223,32 @@ bool Screen::Plain(int row, int col) const {
   return VTERM_COLOR_IS_DEFAULT_FG(&cell.fg) && VTERM_COLOR_IS_DEFAULT_BG(&cell.bg);
 }
 
+bool Screen::Prints(const std::string& keys, const std::string& text) {
+  if (write(t_->master, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size()))
+    return false;
+  size_t at = 0;
+  const bool came = Until([&] { return (at = t_->all.find(text, t_->seen)) != text.npos; });
+  if (came) t_->seen = at + text.size();
+  return came;
+}
+
+const std::string& Screen::Bytes() const { return t_->all; }
+std::string Screen::FirstMode() const { return t_->found; }
+void Screen::Signal(int number) { kill(t_->pid, number); }
+
+std::string Screen::Mode() const {
+  termios mode{};
+  tcgetattr(t_->slave, &mode);
+  return std::to_string(mode.c_iflag) + ' ' + std::to_string(mode.c_lflag) + ' ' +
+         std::string(reinterpret_cast<const char*>(mode.c_cc), sizeof mode.c_cc);
+}
+
+unsigned Screen::Flags() const {
+  termios mode{};
+  tcgetattr(t_->slave, &mode);
+  return mode.c_lflag;
+}
+
 void Screen::HangUp() {
   close(t_->master);
   t_->master = -1;
@@ -221,7 +261,7 @@ int Screen::Ended() {
     int status = 0;
     if (!t_->Reap(status)) continue;
     t_->pid = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   }
   return -1;
 }

@@ -11,8 +11,12 @@
 class Screen {
  public:
   static bool Possible();  // false where no pseudo-terminal can be had
+  // Runs program with args in the folder dir.
   Screen(std::string program, std::vector<std::string> args, const std::filesystem::path& dir,
          int rows = 24, int cols = 80);
+  // Runs child in a process of its own on the terminal, which is one of a kind that TERM tells.
+  explicit Screen(const std::function<void()>& child, const char* term = "xterm", int rows = 24,
+                  int cols = 80);
   ~Screen();
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
@@ -30,8 +34,17 @@ class Screen {
   std::string All() const;  // the whole screen, a line each row
   std::pair<int, int> Cursor() const;
   bool Plain(int row, int col) const;  // the cell has the terminal's own colours
-  void HangUp();                       // the terminal goes away
-  // The exit status once the program has ended; -1 when a signal ended it or 10 seconds passed.
+  // Types keys and reads on until the bytes of a text have come; they, and what came before, are
+  // left out of the next search. False after 10 seconds without it.
+  bool Prints(const std::string& keys, const std::string& text);
+  const std::string& Bytes() const;  // all that came
+  std::string Mode() const;          // of the terminal, as one text
+  unsigned Flags() const;            // the local ones of the mode, as ECHO
+  std::string FirstMode() const;     // before the program
+  void Signal(int number);           // to the program
+  void HangUp();                     // the terminal goes away
+  // The exit status once the program has ended, 128 and the number of the signal that ended it, or
+  // -1 when 10 seconds passed.
   int Ended();
 
  private:

@@ -8,7 +8,8 @@
 //                         it.
 //   == file NAME          the lines that follow become that file, each with a line feed; a folder
 //                         in front of its name is made.
-//   == bytes NAME         pairs of hex digits, with blanks between, become that file.
+//   == bytes NAME         pairs of hex digits, with blanks between, become that file; 00*513 is so
+//                         many of a pair, today the day, month and year in three bytes.
 //   == copy PATH          copies a file (named from the repository's root) into the folder.
 //   == mox [ARGS]         runs the program; the lines that follow are what a person would see.
 //   == show NAME          the lines that follow are the file's text (carriage returns left out).
@@ -21,7 +22,8 @@
 // behind it: the prompt is expected, the rest is typed with a line feed. A lone "." or ">" is a
 // prompt at which an empty line is typed. Any other line is expected with its line feed. Text
 // between « and » is typed and not seen, where \n is Enter and \e Escape: SINGLE STEP  Y:=STEP«Y».
-// A line of output that looks like a prompt or a directive begins with «».
+// A line of output that looks like a prompt or a directive begins with «». DD/MM/YY is today's
+// date.
 //
 // Without ARGS the banner is expected first and isn't repeated in the file; and unless what is
 // typed at the last prompt has the word QUIT in it, the input ends after the transcript, and a
@@ -34,6 +36,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <map>
 #include <regex>
 #include <set>
@@ -63,10 +66,25 @@ struct Section {
 
 using Outcome = std::pair<std::string, std::string>;  // what should be, and what is
 
+// Today by the host's clock, in a form of strftime.
+std::string Today(const char* form) {
+  const std::time_t now = std::time(nullptr);
+  char text[32];
+  return {text, std::strftime(text, sizeof text, form, std::localtime(&now))};
+}
+
 std::string Unhex(const std::string& pairs) {
   std::istringstream in(pairs);
   std::string bytes;
-  for (std::string pair; in >> pair;) bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
+  for (std::string pair; in >> pair;) {
+    const size_t star = pair.find('*');
+    if (pair == "today")
+      for (const char* form : {"%d", "%m", "%y"})
+        bytes += static_cast<char>(std::stoi(Today(form)));
+    else
+      bytes.append(star == pair.npos ? 1 : std::stoul(pair.substr(star + 1)),
+                   static_cast<char>(std::stoi(pair, nullptr, 16)));
+  }
   return bytes;
 }
 
@@ -96,6 +114,7 @@ Outcome DoMox(const Section& s) {
     plain += line + '\n';
   }
   if (s.rest.empty() && !quits) expected += ". \n";
+  expected = std::regex_replace(expected, std::regex("DD/MM/YY"), Today("%d/%m/%y"));
   PutBytes("in", input);
   const char* other = std::getenv("MOX_PROGRAM");
   const std::string ending = RunProgram(

@@ -23,8 +23,8 @@ inline void PutBytes(const fs::path& path, const std::string& bytes) {
 struct TempDir {
   fs::path path, home = fs::current_path();
 
-  TempDir() {
-    do path = fs::temp_directory_path() / ("mox-test-" + std::to_string(std::random_device{}()));
+  explicit TempDir(const fs::path& where = fs::temp_directory_path()) {
+    do path = where / ("mox-test-" + std::to_string(std::random_device{}()));
     while (!fs::create_directory(path));
     fs::current_path(path);
   }

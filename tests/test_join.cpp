@@ -97,34 +97,5 @@ TEST(Join, DoesWhatItsStepsDo) {
   dbInit();
 }
 
-// A name is looked up again when it may lead elsewhere.
-TEST(Join, NamesLeadWhereTheyLead) {
-  const TempDir dir;
-  MakeTable();
-  SessionInit();
-  g_opt[optTALK] = 0;
-  const Program sees = Compiled("STORE N TO SEEN");
-  const auto seen = [&] {
-    doRun(sees);
-    return errnum == errNone ? VarGet("SEEN").number() : -1;
-  };
-  EXPECT_EQ(seen(), -1);
-  VarPut("OTHER", "0");
-  doRun(Compiled("STORE 3 TO N"));
-  EXPECT_EQ(seen(), 3);
-  VarDel("OTHER");  // N moves down
-  EXPECT_EQ(seen(), 3);
-  dbOpen(0, "J");
-  EXPECT_EQ(seen(), 1.5);
-  dbSelect(1);
-  EXPECT_EQ(seen(), 1.5);
-  dbClose(0);
-  EXPECT_EQ(seen(), 3);
-  VarClear();
-  EXPECT_EQ(seen(), -1);
-  dbInit();
-  errnum = errNone;
-}
-
 }  // namespace
 }  // namespace mox

@@ -88,16 +88,4 @@ TEST(Value, DigitsStayAsTheyAre) {
   for (const char* bare : {"Y", "n", "2", " 2.5 ", "NAME", ""}) ExpectAsRead(Value(bare));
 }
 
-TEST(Value, CopiesAndMoves) {
-  Value a = Value::ofDigits("0.50", 5, 2), b = a;
-  EXPECT_EQ(a.text(), "0.50,N,5,2");
-  const Value c = a;
-  a = Value::ofCount(3);
-  EXPECT_EQ(a.text() + b.text() + c.text(), "30.50,N,5,20.50,N,5,2");
-  b = std::move(a);
-  b = Value("\"x\"");
-  EXPECT_TRUE(b.isQuoted());
-  EXPECT_EQ(b.text(), "\"x\"");
-}
-
 }  // namespace mox

@@ -62,13 +62,14 @@ int CopyRecords(int start, int count, const Lines& fields, const std::string& fi
   const std::string name = FnExt(filename, ".dbf");
   Expr test(condition, scanSteps);
   if (ScanCompile(test) != 0) return -1;
-  if (!TargetFree(dbCopyStruc(selectedArea, fields, name, t), name)) return -1;
+  const int made = dbCopyStruc(selectedArea, fields, name, t);
+  if (!TargetBegun(t, made, name)) return -1;
   const std::vector<FieldPair> pairs = _pairs(selectedArea, fields, t);
   int tally = 0;
   int result = 0;
   ScanRecords(start, count, test, [&] {
     if (g_opt[optDELETED] && dbDELETED(selectedArea)) return true;
-    if (dbfOPEN(t)) result = _copyRecord(pairs, t);
+    result = _copyRecord(pairs, t);
     if (result == 0) ++tally;
     return result == 0;
   });
@@ -153,7 +154,8 @@ void OpCpyDef(Operands& o) {
   if (!DbChk()) return;
   const std::string name = FnExt(o.text(), ".dbf");
   DbfTable t;
-  if (TargetFree(dbCopyStruc(selectedArea, o.list(), name, t), name)) TargetClose(t, 0);
+  const int made = dbCopyStruc(selectedArea, o.list(), name, t);
+  if (TargetBegun(t, made, name)) TargetClose(t, 0);
 }
 
 void OpApndDbf(Operands& o) {

@@ -88,10 +88,7 @@ int moxTotal(const std::string& filename, const std::string& key, const Lines& n
   if (!_totalFields(names, fields)) return -1;
   const std::string name = FnExtDflt(filename, ".dbf");
   DbfTable t;
-  if (const int made = dbCopyStruc(selectedArea, names, name, t); made != 0) {
-    TargetFree(made, name);
-    return -1;
-  }
+  if (!TargetBegun(t, dbCopyStruc(selectedArea, names, name, t), name)) return -1;
   for (TotalField& f : fields) f.to = fldno(t, dbName(selectedArea, f.from));
   const int keyField = dbFno(selectedArea, key);
   int groups = 0;

@@ -5,22 +5,21 @@
 
 namespace mox {
 
-bool TargetFree(int made, const std::string& name) {
-  if (made != dbfInUse && made != dbfCantWrite) return true;
-  FileErr(made, name);
-  return false;
+bool TargetBegun(const DbfTable& t, int made, const std::string& name) {
+  if (!dbfOPEN(t)) FileErr(made, name);
+  return dbfOPEN(t);
 }
 
 int TargetClose(DbfTable& t, int result) {
-  if (!dbfOPEN(t)) return 0;
   const std::string path = t.name;
-  if (result == 0 && !Interrupted()) result = dbfClose(t);
+  const bool stopped = Interrupted();
+  if (result == 0 && !stopped) result = dbfClose(t);
   t = DbfTable{};
   if (result == dbfFull)
     SetErr("TABLE IS FULL", path);
   else if (result != 0)
-    FileErr(dbfCantWrite, path);
-  return result == 0 && !Interrupted() ? 0 : -1;
+    FileErr(result, path);
+  return result == 0 && !stopped ? 0 : -1;
 }
 
 }  // namespace mox

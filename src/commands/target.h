@@ -10,11 +10,10 @@
 
 namespace mox {
 
-// Nothing, after a report, when an area of this or of another session has the target open.
-bool TargetFree(int made, const std::string& name);
+// After dbCopyStruc with this result: false, after a report, when no target was begun.
+bool TargetBegun(const DbfTable& t, int made, const std::string& name);
 // Ends a target on which the last operation gave this result: it takes its place when the statement
-// went well and wasn't stopped. A table that was never opened is passed over. 0, or -1 after a
-// report.
+// went well and wasn't stopped. 0, or -1 after a report.
 int TargetClose(DbfTable& t, int result);
 
 }  // namespace mox

@@ -7,11 +7,11 @@ namespace {
 unsigned _waits = 0;
 }
 
-bool (*g_mayChangeFile)(FileOp op, std::size_t& n) = nullptr;
+bool (*g_mayUseFile)(FileOp op, std::size_t& n) = nullptr;
 
-bool OS_MayChangeFile(FileOp op) {
+bool OS_MayUseFile(FileOp op) {
   std::size_t n = 0;
-  return !g_mayChangeFile || g_mayChangeFile(op, n);
+  return !g_mayUseFile || g_mayUseFile(op, n);
 }
 
 void (*g_beforeWait)() = nullptr;

@@ -35,8 +35,9 @@ bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::siz
 bool OS_FileResize(FileHandle f, std::int64_t size);
 
 // Keeps the file for this handle until it is closed or the program ends in whatever way: false when
-// another handle keeps it. Nothing is kept where the file system has no locks.
-bool OS_FileKeep(FileHandle f);
+// another handle keeps it, or when the path leads to another file since this one was opened.
+// Nothing is kept where the file system has no locks.
+bool OS_FileKeep(FileHandle f, const std::string& path);
 
 // Opens a stream with a mode of the standard library, which closes it: null when it can't.
 std::FILE* OS_StreamOpen(const std::string& path, const char* mode);
@@ -58,10 +59,11 @@ void OS_CountWait();
 unsigned OS_Waits();
 extern void (*g_beforeWait)();
 
-// A seam for tests, null in the program: asked before each opening and change of a file; false lets
-// it fail. Of a write that fails, as many of its n bytes are written as the answer leaves in n.
-enum class FileOp { open, make, write, resize, move };
-extern bool (*g_mayChangeFile)(FileOp op, std::size_t& n);
-bool OS_MayChangeFile(FileOp op);
+// A seam for tests, null in the program: asked before each opening, reading and change of a file;
+// false lets it fail. Of a write that fails, as many of its n bytes are written as the answer
+// leaves in n; of a read none.
+enum class FileOp { open, make, read, write, resize, move, remove };
+extern bool (*g_mayUseFile)(FileOp op, std::size_t& n);
+bool OS_MayUseFile(FileOp op);
 
 }  // namespace mox

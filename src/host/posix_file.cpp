@@ -27,7 +27,7 @@ const std::string_view g_lineEnd = "\n";
 const bool g_movesOpen = true;
 
 FileHandle OS_FileOpen(const std::string& path, FileMode mode) {
-  if (_isOther(path) || !OS_MayChangeFile(mode == FileMode::make ? FileOp::make : FileOp::open))
+  if (_isOther(path) || !OS_MayUseFile(mode == FileMode::make ? FileOp::make : FileOp::open))
     return noFile;
   int flags = O_CLOEXEC | (mode == FileMode::read ? O_RDONLY : O_RDWR);
   if (mode == FileMode::make) flags |= O_CREAT | O_NOFOLLOW;
@@ -45,6 +45,7 @@ std::int64_t OS_FileSize(FileHandle f) {
 }
 
 std::size_t OS_FileRead(FileHandle f, std::int64_t offset, void* bytes, std::size_t n) {
+  if (!OS_MayUseFile(FileOp::read)) return 0;
   std::size_t done = 0;
   while (done < n) {
     const ssize_t got = pread(_fd(f), static_cast<char*>(bytes) + done, n - done,
@@ -57,7 +58,7 @@ std::size_t OS_FileRead(FileHandle f, std::int64_t offset, void* bytes, std::siz
 }
 
 bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::size_t n) {
-  const bool may = !g_mayChangeFile || g_mayChangeFile(FileOp::write, n);
+  const bool may = !g_mayUseFile || g_mayUseFile(FileOp::write, n);
   std::size_t done = 0;
   while (done < n) {
     const ssize_t put = pwrite(_fd(f), static_cast<const char*>(bytes) + done, n - done,
@@ -70,11 +71,15 @@ bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::siz
 }
 
 bool OS_FileResize(FileHandle f, std::int64_t size) {
-  return OS_MayChangeFile(FileOp::resize) && ftruncate(_fd(f), static_cast<off_t>(size)) == 0;
+  return OS_MayUseFile(FileOp::resize) && ftruncate(_fd(f), static_cast<off_t>(size)) == 0;
 }
 
-bool OS_FileKeep(FileHandle f) {
-  return flock(_fd(f), LOCK_EX | LOCK_NB) == 0 || (errno != EWOULDBLOCK && errno != EINTR);
+bool OS_FileKeep(FileHandle f, const std::string& path) {
+  if (flock(_fd(f), LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR))
+    return false;
+  struct stat kept, there;
+  return fstat(_fd(f), &kept) == 0 && stat(path.c_str(), &there) == 0 &&
+         kept.st_dev == there.st_dev && kept.st_ino == there.st_ino;
 }
 
 std::FILE* OS_StreamOpen(const std::string& path, const char* mode) {
@@ -82,7 +87,7 @@ std::FILE* OS_StreamOpen(const std::string& path, const char* mode) {
 }
 
 bool OS_FileMove(const std::string& from, const std::string& to) {
-  return OS_MayChangeFile(FileOp::move) && std::rename(from.c_str(), to.c_str()) == 0;
+  return OS_MayUseFile(FileOp::move) && std::rename(from.c_str(), to.c_str()) == 0;
 }
 
 bool OS_FileIsPlainOwn(const std::string& path) {

@@ -33,7 +33,7 @@ const std::string_view g_lineEnd = "\r\n";
 const bool g_movesOpen = false;
 
 FileHandle OS_FileOpen(const std::string& path, FileMode mode) {
-  if (!OS_MayChangeFile(mode == FileMode::make ? FileOp::make : FileOp::open)) return noFile;
+  if (!OS_MayUseFile(mode == FileMode::make ? FileOp::make : FileOp::open)) return noFile;
   const DWORD access = GENERIC_READ | (mode == FileMode::read ? 0 : GENERIC_WRITE);
   const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const HANDLE h = CreateFileW(PathOf(path).c_str(), access, share, nullptr,
@@ -55,6 +55,7 @@ std::int64_t OS_FileSize(FileHandle f) {
 }
 
 std::size_t OS_FileRead(FileHandle f, std::int64_t offset, void* bytes, std::size_t n) {
+  if (!OS_MayUseFile(FileOp::read)) return 0;
   std::size_t done = 0;
   while (done < n) {
     OVERLAPPED place = _at(offset + static_cast<std::int64_t>(done));
@@ -68,7 +69,7 @@ std::size_t OS_FileRead(FileHandle f, std::int64_t offset, void* bytes, std::siz
 }
 
 bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::size_t n) {
-  const bool may = !g_mayChangeFile || g_mayChangeFile(FileOp::write, n);
+  const bool may = !g_mayUseFile || g_mayUseFile(FileOp::write, n);
   std::size_t done = 0;
   while (done < n) {
     OVERLAPPED place = _at(offset + static_cast<std::int64_t>(done));
@@ -85,11 +86,12 @@ bool OS_FileWrite(FileHandle f, std::int64_t offset, const void* bytes, std::siz
 bool OS_FileResize(FileHandle f, std::int64_t size) {
   LARGE_INTEGER end;
   end.QuadPart = size;
-  return OS_MayChangeFile(FileOp::resize) &&
-         SetFilePointerEx(_handle(f), end, nullptr, FILE_BEGIN) && SetEndOfFile(_handle(f));
+  return OS_MayUseFile(FileOp::resize) && SetFilePointerEx(_handle(f), end, nullptr, FILE_BEGIN) &&
+         SetEndOfFile(_handle(f));
 }
 
-bool OS_FileKeep(FileHandle f) {
+// The path still leads to the file: none that a handle has open is replaced.
+bool OS_FileKeep(FileHandle f, const std::string&) {
   OVERLAPPED place = _at(_keptByte);
   return LockFileEx(_handle(f), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
                     &place) ||
@@ -101,7 +103,7 @@ std::FILE* OS_StreamOpen(const std::string& path, const char* mode) {
 }
 
 bool OS_FileMove(const std::string& from, const std::string& to) {
-  return OS_MayChangeFile(FileOp::move) &&
+  return OS_MayUseFile(FileOp::move) &&
          MoveFileExW(PathOf(from).c_str(), PathOf(to).c_str(), MOVEFILE_REPLACE_EXISTING);
 }
 

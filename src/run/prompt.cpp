@@ -65,11 +65,11 @@ void AppVersion() { std::printf("MOX Version %d.%02d.%05d\n", 2, 40, 299); }
 
 void AskAndRun1Cmd() {
   errnum = errNone;
-  OS_ForgetInterrupt();
+  ForgetInterrupt();
   Lines steps;
   if (_askCommand(steps)) doRun(CutSteps(std::move(steps)));
   _sayError();
-  OS_ForgetInterrupt();
+  ForgetInterrupt();
 }
 
 void RunMoxProg(const std::string& name) {

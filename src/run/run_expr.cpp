@@ -65,9 +65,9 @@ bool Qualifies(Expr& condition) { return RunExpr(condition).holds(); }
 Key MakeKey(const std::string& text) {
   const auto e = std::make_shared<Expr>(text, evalSteps);
   return {[e] { return ExprCompile(*e); },
-          [e](std::string& key) {
-            key = RunExpr(*e).text();
-            return e->failed ? -1 : 0;
+          [e] {
+            const Value& value = RunExpr(*e);
+            return e->failed ? nullptr : &value;
           }};
 }
 

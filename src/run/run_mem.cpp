@@ -167,11 +167,13 @@ int _getVariable(std::FILE* f, const char (&head)[headSize]) {
 
 // Reads variables into the table, those before a damaged record too: 0, memNoFile or memDamaged.
 int MoxRestoreMem(std::string_view filename) {
-  const File f = FileOpen(FnFind(FnExt(filename, ".mem")), "rb");
+  const std::string path = FnFind(FnExt(filename, ".mem"));
+  const File f = FileOpen(path, "rb");
   if (!f) return memNoFile;
   char head[headSize];
   for (;;) {
     const size_t n = std::fread(head, 1, headSize, f.get());
+    if (!ReadEnded(f.get(), path)) return memDamaged;
     if (n == 0 || head[0] == endMark) return 0;
     if (n < headSize) return memDamaged;
     if (const int result = _getVariable(f.get(), head)) return result;

@@ -15,6 +15,7 @@
 #include "session/error.h"
 #include "session/number.h"
 #include "session/options.h"
+#include "session/session.h"
 #include "session/value.h"
 #include "store/db.h"
 
@@ -126,7 +127,7 @@ void OpUse(Operands& o) {
     FileErr(result, name + ".dbf");
   else if (result == dbfClosed)
     _tell("FILE DOES NOT EXIST");
-  else if (result < 0)
+  else if (result < 0 && !ReadHasFailed())
     _tell("NOT A dBASE II DATABASE");
 }
 

@@ -8,6 +8,7 @@
 #include "session/error.h"
 #include "session/files.h"
 #include "session/newfile.h"
+#include "session/session.h"
 
 namespace mox {
 
@@ -200,20 +201,27 @@ int MoxEd(const std::string& path) {
   const std::string rescue = found + ".rescue";
   if (FileExists(rescue)) ScrNotice("UNSAVED LINES OF " + found + " ARE IN " + rescue);
   Lines lines = ReadLines(path).value_or(Lines());
+  if (ReadHasFailed()) return -1;
   if (lines.empty()) lines.emplace_back();
   const std::string before = _textOf(lines);
   OS_HoldEnd(true);
-  const int key = _EdLines(lines);
-  const std::string text = _textOf(std::move(lines));
-  int result = 0;
-  if (key == keySave && FileWriteText(path, text) != 0) {
-    SetErr("CANT SAVE FILE", "");
-    result = -1;
+  int key = keySave;
+  std::string text;
+  bool saved = false;
+  for (bool first = true; key == keySave && !saved && (first || OS_KeysAreTyped()); first = false) {
+    if (!first) {  // the person may make room, or leave
+      ScrLeave();
+      ScrNotice("CANT SAVE FILE");
+    }
+    key = _EdLines(lines);
+    text = _textOf(lines);
+    saved = key != keySave || FileWriteText(path, text) == 0;
   }
   if (key == keyEnd && OS_KeysAreTyped() && text != before) FileWriteText(_free(rescue), text);
   OS_HoldEnd(false);
   ScrLeave();
-  return result;
+  if (!saved) SetErr("CANT SAVE FILE", "");
+  return saved ? 0 : -1;
 }
 
 }  // namespace mox

@@ -64,7 +64,7 @@ std::string _findPath() {
 struct Turn {
   explicit Turn(const std::string& path) : lock(OS_FileOpen(path + ".lock", FileMode::make)) {
     for (int i = 0; i < turnTries && lock != noFile && !ours; ++i) {
-      ours = OS_FileKeep(lock);
+      ours = OS_FileKeep(lock, path + ".lock");
       if (!ours) std::this_thread::sleep_for(turnEvery);
     }
   }
@@ -87,7 +87,8 @@ bool _isSound(const std::string& line) {
 Lines _readFile(const std::string& path) {
   Lines lines;
   const File f = FileOpen(path, "rb");
-  for (std::string line; f && ReadTextLine(f.get(), longestLine, line);)
+  TextReader text(f.get());
+  for (std::string line; f && text.read(longestLine, line);)
     if (_isSound(rm_nl(line))) lines.push_back(line);
   return lines;
 }

@@ -36,20 +36,20 @@ struct Opened {
 };
 
 // What stands in the place: 0 for nothing or a file that may be replaced.
-int _mayReplace(const NewFile& n, bool evenOpen) {
+int _mayReplace(const NewFile& n) {
   std::error_code ec;
   if (!fs::exists(fs::symlink_status(PathOf(n.place), ec))) return 0;
   const Opened old(OS_FileOpen(n.place, FileMode::change));
   if (old.f == noFile) return fileCantCreate;
-  if (evenOpen) return 0;
-  return FileInUse(n.place) || !OS_FileKeep(old.f) ? fileInUse : 0;
+  if (n.evenOpen) return 0;
+  return FileInUse(n.place) || !OS_FileKeep(old.f, n.place) ? fileInUse : 0;
 }
 
 // Makes the empty file, over what a killed program may have left.
 int _make(NewFile& n, const std::string& made) {
   n.f = OS_FileOpen(made, FileMode::make);
   if (n.f == noFile) return fileCantCreate;
-  if (!OS_FileKeep(n.f)) {
+  if (!OS_FileKeep(n.f, made)) {
     OS_FileClose(n.f);
     n.f = noFile;
     return fileInUse;
@@ -113,7 +113,7 @@ int _moveThere(NewFile& n, FileHandle* old) {
   if (moved) n.made.clear();
   if (old && moved && g_movesOpen) OS_FileClose(std::exchange(*old, std::exchange(n.f, noFile)));
   if (old && *old == noFile && (*old = OS_FileOpen(n.place, FileMode::change)) != noFile)
-    OS_FileKeep(*old);
+    OS_FileKeep(*old, n.place);
   return moved ? 0 : fileCantWrite;
 }
 
@@ -135,7 +135,7 @@ void FileErr(int result, const std::string& path) {
 bool FileIsFree(const std::string& path) {
   if (FileInUse(path)) return false;
   const Opened file(OS_FileOpen(path, FileMode::change));
-  return file.f == noFile || OS_FileKeep(file.f);
+  return file.f == noFile || OS_FileKeep(file.f, path);
 }
 
 NewFile::~NewFile() { _drop(*this); }
@@ -143,8 +143,9 @@ NewFile::~NewFile() { _drop(*this); }
 int NewFileOpen(NewFile& n, const std::string& name, bool evenOpen) {
   n.path = FnFind(name);
   n.place = _behindLinks(n.path);
+  n.evenOpen = evenOpen;
   if (PathOf(n.place).filename().empty()) return fileCantCreate;
-  if (const int refused = _mayReplace(n, evenOpen); refused != 0) return refused;
+  if (const int refused = _mayReplace(n); refused != 0) return refused;
   const bool old = FileExists(n.place);
   n.inPlace = old && !OS_FileIsPlainOwn(n.place);
   int made = _make(n, n.place + _inTheMaking);
@@ -164,7 +165,8 @@ bool NewFileAppend(NewFile& n, std::string_view bytes) {
 }
 
 int NewFileDone(NewFile& n, FileHandle* old) {
-  const int result = n.inPlace ? _putInPlace(n, old) : _moveThere(n, old);
+  int result = n.evenOpen ? 0 : _mayReplace(n);
+  if (result == 0) result = n.inPlace ? _putInPlace(n, old) : _moveThere(n, old);
   _drop(n);
   return result;
 }

@@ -39,6 +39,7 @@ struct NewFile {
   FileHandle f = noFile;  // open to read and write
   std::int64_t size = 0;  // bytes that NewFileAppend has written
   bool inPlace = false;
+  bool evenOpen = false;
 
   NewFile() = default;
   ~NewFile();  // the new file goes unless it took its place
@@ -50,8 +51,9 @@ struct NewFile {
 // this session.
 int NewFileOpen(NewFile& n, const std::string& name, bool evenOpen = false);
 bool NewFileAppend(NewFile& n, std::string_view bytes);
-// Puts the file in its place: 0, or fileCantWrite with the old file as it was. The caller's handle
-// of the old file becomes one of what is there then, kept for this session.
+// Puts the file in its place: 0, or a FileResult with the old file as it was, which somebody may
+// have opened meanwhile. The caller's handle of the old file becomes one of what is there then,
+// kept for this session.
 int NewFileDone(NewFile& n, FileHandle* old = nullptr);
 
 // Makes a file hold a text, its line ends those of the host, or bytes: 0, or a FileResult.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 namespace mox {
 
@@ -14,10 +15,16 @@ extern bool g_ended;
 // it. But when Ctrl-C broke the read off, only the run stops, with the error of it.
 void InputEnded();
 
-// True, with the error reported, when Ctrl-C was pressed since the last prompt. The machine asks
-// before each step of a statement; a step that works on many records asks between two of them,
-// where the files are sound, and stops.
+// Notes that a file couldn't be read. What was made of it goes to no file: each change asks
+// ReadHasFailed first, which is true, with the error reported, until the next prompt.
+void ReadFailed(const std::string& name);
+bool ReadHasFailed();
+
+// True, with the error reported, when Ctrl-C was pressed since the last prompt, or a read failed.
+// The machine asks before each step of a statement; a step that works on many records asks between
+// two of them, where the files are sound, and stops.
 bool Interrupted();
+void ForgetInterrupt();  // and a read that failed
 
 // Counts what may change where a name leads: each time a table is opened, made or closed, and a
 // variable is made or deleted. As long as it stays, a name leads where it led.

@@ -35,7 +35,7 @@ DbArea& dbAreaOf(int area) { return db[area == selectedArea ? _area : area]; }
 
 int dbWritten(DbfTable& t, int result) {
   if (result == dbfFull) SetErr("TABLE IS FULL", t.name);
-  if (result == dbfCantWrite) SetErr("CANNOT WRITE FILE", t.name);
+  if (result == dbfCantWrite && !ReadHasFailed()) SetErr("CANNOT WRITE FILE", t.name);
   return result;
 }
 

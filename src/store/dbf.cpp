@@ -79,7 +79,7 @@ void _dbfRead(DbfTable& t) { _dbfArrive(t, _dbfHas(t, t.recno)); }
 void _dbfFetch(DbfTable& t) {
   t.stale = false;
   t.seen = t.file->changes;
-  if (t.recno >= 1 && _dbfHas(t, t.recno)) _dbfGet(t, t.recno, t.row);
+  if (t.recno >= 1 && _dbfHas(t, t.recno)) t.stale = !_dbfGet(t, t.recno, t.row);
 }
 
 bool _dbfUpdHdr(DbfTable& t) {
@@ -231,20 +231,20 @@ int _openFile(DbfTable& t, bool keep) {
     const FileHandle f = OS_FileOpen(t.name, FileMode::change);
     if (f == noFile) return dbfClosed;
     file = std::make_shared<DbfFile>();
-    imgOpen(file->image, f);
+    imgOpen(file->image, f, t.name);
     file->use.emplace(t.name);
     _files.push_back(file);
   }
   t.file = file;
-  if (keep && !file->kept && !OS_FileKeep(file->image.f)) return dbfInUse;
+  if (keep && !file->kept && !OS_FileKeep(file->image.f, t.name)) return dbfInUse;
   file->kept |= keep;
   return _dbfReadHeader(t);
 }
 
 // Puts a table in the making in its place.
-bool _finish(DbfFile& f) {
-  if (!f.made) return true;
-  return imgPut(f.image) && NewFileDone(*f.made) == 0;
+int _finish(DbfFile& f) {
+  if (!f.made) return 0;
+  return imgPut(f.image) ? NewFileDone(*f.made) : dbfCantWrite;
 }
 
 // Writes the file anew, its length and the bytes behind the last record that is kept as they are,
@@ -279,7 +279,7 @@ bool _packInto(DbfTable& t, Image& to, int& kept, std::string& row) {
 bool _takeOver(DbfFile& file, NewFile& made) {
   FileHandle f = file.image.f;
   const bool done = NewFileDone(made, &f) == 0;
-  imgOpen(file.image, f);
+  imgOpen(file.image, f, file.use->path);
   return done;
 }
 
@@ -295,7 +295,7 @@ int dbfCreate(DbfTable& t, std::string_view filename) {
   file->made = std::make_unique<NewFile>();
   if (const int result = NewFileOpen(*file->made, FnExt(filename, ".dbf")); result != 0)
     return result;
-  imgOpen(file->image, file->made->f);
+  imgOpen(file->image, file->made->f, file->made->path);
   file->image.holds = true;
   t.file = std::move(file);
   t.name = filename;
@@ -356,10 +356,10 @@ int dbfOpen(DbfTable& t, std::string_view filename, bool keep) {
 int dbfClose(DbfTable& t) {
   ++g_names;
   if (!t.file) return dbfClosed;
-  bool written = !t.dirty || _dbfUpdHdrDate(t);
-  written = written && _finish(*t.file);
+  int result = !t.dirty || _dbfUpdHdrDate(t) ? 0 : dbfCantWrite;
+  if (result == 0) result = _finish(*t.file);
   t = DbfTable{};
-  return written ? 0 : dbfCantWrite;
+  return result;
 }
 
 int dbfDispStruc(const DbfTable& t) {
@@ -425,6 +425,7 @@ std::string dbfStored(DbfTable& t) {
 }
 
 int dbfReplace(DbfTable& t) {
+  if (ReadHasFailed()) return dbfCantWrite;
   if (t.adding) {
     t.row += endMark;
     const bool put = _dbfPut(t, _dbfOffset(t, t.recno), t.row.data(), t.row.size());
@@ -502,7 +503,7 @@ int dbfPack(DbfTable& t) {
   Image image;
   int kept = 0;
   if (NewFileOpen(made, t.file->use->path, true) != 0) return dbfCantWrite;
-  imgOpen(image, made.f);
+  imgOpen(image, made.f, made.path);
   image.holds = true;
   std::string row = dbfRow(t);
   if (!_packInto(t, image, kept, row) || !_takeOver(*t.file, made)) return dbfCantWrite;

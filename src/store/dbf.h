@@ -112,7 +112,8 @@ int dbfCreateFrom(DbfTable& t, std::string_view filename, const DbfTable& source
 // file is for this session alone from then on, until nobody here has it open: dbfInUse when another
 // has it.
 int dbfOpen(DbfTable& t, std::string_view filename, bool keep = false);
-// 0; -1 closed; dbfCantWrite when something couldn't be written. The table is closed in any case.
+// 0; -1 closed; dbfCantWrite when something couldn't be written; dbfInUse when somebody opened the
+// file that was to be replaced. The table is closed in any case.
 int dbfClose(DbfTable& t);
 int dbfDispStruc(const DbfTable& t);  // prints the structure
 

@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <cstring>
 
+#include "session/session.h"
+
 namespace mox {
 
 namespace {
 
 std::int64_t _length(std::size_t n) { return static_cast<std::int64_t>(n); }
+
+constexpr std::int64_t _none = -1;
 
 std::size_t _number(std::int64_t offset) { return static_cast<std::size_t>(offset) / blockSize; }
 
@@ -30,6 +34,10 @@ void _load(Image& m, Block& b, std::int64_t place) {
   b.bytes.resize(blockSize);
   b.size = OS_FileRead(m.f, place, b.bytes.data(), blockSize);
   std::fill(b.bytes.begin() + _length(b.size), b.bytes.end(), '\0');
+  if (b.size == blockSize || OS_FileSize(m.f) <= place + _length(b.size)) return;
+  b.place = _none;  // the next look reads again
+  b.size = 0;
+  ReadFailed(m.name);
 }
 
 Block* _find(Image& m, std::int64_t offset) {
@@ -49,7 +57,7 @@ Block& _free(Image& m, std::int64_t place) {
     b = &*std::min_element(m.blocks.begin(), m.blocks.end(), older);
     if (_isHeld(*b)) imgPut(m);
   }
-  m.slots[_number(b->place)] = 0;
+  if (b->place != _none) m.slots[_number(b->place)] = 0;
   return *b;
 }
 
@@ -60,6 +68,7 @@ Block& _at(Image& m, std::int64_t offset) {
     const std::int64_t place = offset - offset % _length(blockSize);
     b = &_free(m, place);
     _load(m, *b, place);
+    if (b->place == _none) return *b;
     m.slots.resize(std::max(m.slots.size(), _number(offset) + 1));
     m.slots[_number(offset)] = static_cast<std::uint8_t>(b - m.blocks.data() + 1);
   }
@@ -92,7 +101,10 @@ void _patch(Image& m, std::int64_t offset, const char* bytes, std::size_t n, boo
     const std::int64_t place = offset - offset % _length(blockSize);
     const std::size_t from = static_cast<std::size_t>(offset - place);
     const std::size_t here = std::min(n, blockSize - from);
-    if (Block* const b = held ? &_at(m, offset) : _find(m, offset)) {
+    Block* const b = held ? &_at(m, offset) : _find(m, offset);
+    if (b && b->place != place) {
+      m.refused = true;
+    } else if (b) {
       std::memcpy(b->bytes.data() + from, bytes, here);
       b->size = std::max(b->size, from + here);
       if (held) {
@@ -119,9 +131,10 @@ bool _writeThrough(Image& m, std::int64_t offset, const char* bytes, std::size_t
 
 }  // namespace
 
-void imgOpen(Image& m, FileHandle f) {
+void imgOpen(Image& m, FileHandle f, const std::string& name) {
   m = Image{};
   m.f = f;
+  m.name = name;
   m.waits = OS_Waits();
   m.size = std::max<std::int64_t>(OS_FileSize(f), 0);
 }

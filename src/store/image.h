@@ -27,7 +27,7 @@ constexpr std::size_t blockSize = 32768;
 constexpr std::size_t blockCount = 128;  // at most, of one file
 
 struct Block {
-  std::int64_t place = 0;        // offset in the file, a multiple of blockSize
+  std::int64_t place = 0;        // offset in the file, a multiple of blockSize; -1: not read
   std::size_t size = 0;          // bytes of it that the file has, the held ones included
   std::size_t from = 0, to = 0;  // what of it is held
   unsigned used = 0;             // time of the last use
@@ -36,6 +36,7 @@ struct Block {
 
 struct Image {
   FileHandle f = noFile;
+  std::string name;       // for the report that it can't be read (session.h: ReadFailed)
   std::int64_t size = 0;  // of the file, held bytes included
   std::vector<Block> blocks;
   std::vector<std::uint8_t> slots;  // by number in the file: 1 + the index in blocks, or 0
@@ -49,7 +50,7 @@ struct Image {
 };
 
 // Takes over an open file.
-void imgOpen(Image& m, FileHandle f);
+void imgOpen(Image& m, FileHandle f, const std::string& name);
 // Reads n bytes at the offset: false when the file ends before them (bytes then holds what there
 // was) or can't be read.
 bool imgRead(Image& m, std::int64_t offset, char* bytes, std::size_t n);

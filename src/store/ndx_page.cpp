@@ -114,12 +114,12 @@ int _open1(NdxFile& x, const std::string& name, bool keep) {
     f->name = name;
     const FileHandle h = OS_FileOpen(name, FileMode::change);
     if (h == noFile) return ndxFail;
-    imgOpen(f->image, h);
+    imgOpen(f->image, h, name);
     f->use.emplace(name);
     if (const int result = _readHeader(*f); result != 0) return result;
     _open.push_back(f);
   }
-  if (keep && !f->kept && !OS_FileKeep(f->image.f)) return ndxInUse;
+  if (keep && !f->kept && !OS_FileKeep(f->image.f, name)) return ndxInUse;
   f->kept |= keep;
   x.file = std::move(f);
   return 0;
@@ -152,7 +152,7 @@ int _make(NdxFile& x, NewFile& made, const std::string& bytes) {
   auto f = std::make_shared<NdxPages>();
   f->name = made.path;
   f->owned = false;
-  imgOpen(f->image, made.f);
+  imgOpen(f->image, made.f, made.path);
   const int result = _readHeader(*f);
   if (result == 0) x.file = std::move(f);
   return result;
@@ -187,15 +187,16 @@ const char* NodeKey(const NdxNode& node, int i) {
 }
 
 NdxItem NodeGetX(const NdxNode& node, int i) {
-  return {NodePll(node, i), NodeRno(node, i),
-          std::string(NodeKey(node, i), static_cast<size_t>(node.itmlen - inKey))};
+  NdxItem item{NodePll(node, i), NodeRno(node, i), {}};
+  std::memcpy(item.key.data(), NodeKey(node, i), static_cast<size_t>(node.itmlen - inKey));
+  return item;
 }
 
 void NodeSetX(NdxNode& node, int i, const NdxItem& item) {
   unsigned char* p = _item(node, i);
   put2(p, item.pll);
   put2(p + inRno, item.rno);
-  std::memcpy(p + inKey, item.key.data(), item.key.size());
+  std::memcpy(p + inKey, item.key.data(), static_cast<size_t>(node.itmlen - inKey));
 }
 
 void NodeInsX(NdxNode& node, int i, const NdxItem& item) {
@@ -205,15 +206,20 @@ void NodeInsX(NdxNode& node, int i, const NdxItem& item) {
   NodeSetX(node, i, item);
 }
 
+void NodeMoveX(NdxNode& node, int i, NdxNode& to) {
+  to.count = node.count - i;
+  std::memcpy(_item(to, 0), _item(node, i), static_cast<size_t>(to.count) * node.itmlen);
+  node.count = i;
+}
+
 void delItm(NdxNode& node, int i) {
   --node.count;
   std::memmove(_item(node, i), _item(node, i + 1),
                static_cast<size_t>(node.count - i) * node.itmlen);
 }
 
-NdxNode* NodeRead(NdxPages& f, int no) {
+NdxNode* NodeLoad(NdxPages& f, int no) {
   if (no >= rootPage && no < f.pages) {
-    if (static_cast<size_t>(no) < f.node.size() && f.node[no]) return f.node[no].get();
     unsigned char bytes[ndxPageSize];
     if (_get(f, no, bytes) && get1(bytes) <= f.maxitms) {
       NdxNode& node = _keep(f, no);
@@ -386,7 +392,7 @@ void ndxRest() {
 int ndxTakeOver(NdxPages& f, NewFile& made) {
   FileHandle h = f.image.f;
   const int result = NewFileDone(made, &h);
-  imgOpen(f.image, h);
+  imgOpen(f.image, h, f.name);
   f.node.clear();
   f.changed.clear();
   f.written.clear();

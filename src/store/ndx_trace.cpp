@@ -12,7 +12,8 @@ int _level = 0;
 
 void _sayItem(const NdxPages& f, const NdxNode& node, int i) {
   const NdxItem item = NodeGetX(node, i);
-  std::printf("pll=%04d rno=%05d key=[%s]\n", item.pll, item.rno, key2Txt(f, item.key).c_str());
+  std::printf("pll=%04d rno=%05d key=[%s]\n", item.pll, item.rno,
+              key2Txt(f, {item.key.data(), static_cast<size_t>(f.keylen)}).c_str());
 }
 
 }  // namespace
