@@ -76,6 +76,12 @@ std::string Joined(const Lines& lines) {
   return text;
 }
 
+Lines Difference(const std::set<std::string>& a, const std::set<std::string>& b) {
+  Lines names;
+  std::set_symmetric_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(names));
+  return names;
+}
+
 std::string TopicOf(const std::string& name) { return str_replace(name, " ", "-"); }
 
 }  // namespace
@@ -201,8 +207,9 @@ TEST(Help, ExamplesRun) {
       EXPECT_FALSE(std::regex_search(out, wrong)) << topic << out;
       std::smatch parts;
       for (const std::string& line : example)
-        if (std::regex_match(line, parts, printed))
+        if (std::regex_match(line, parts, printed)) {
           EXPECT_NE(out.find(' ' + parts.str(2) + " \n"), out.npos) << line << out;
+        }
     }
   }
 }
