@@ -3,16 +3,17 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <random>
+#include <sstream>
 #include <string>
 
 namespace fs = std::filesystem;
 
 // A file's bytes; none when it can't be read.
 inline std::string Bytes(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
+  std::ostringstream bytes;
+  bytes << std::ifstream(path, std::ios::binary).rdbuf();
+  return bytes.str();
 }
 
 inline void PutBytes(const fs::path& path, const std::string& bytes) {
@@ -23,8 +24,8 @@ inline void PutBytes(const fs::path& path, const std::string& bytes) {
 struct TempDir {
   fs::path path, home = fs::current_path();
 
-  TempDir() {
-    do path = fs::temp_directory_path() / ("mox-test-" + std::to_string(std::random_device{}()));
+  explicit TempDir(const fs::path& where = fs::temp_directory_path()) {
+    do path = where / ("mox-test-" + std::to_string(std::random_device{}()));
     while (!fs::create_directory(path));
     fs::current_path(path);
   }

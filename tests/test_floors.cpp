@@ -34,7 +34,7 @@ TEST(Floors, IncludesPointDownwards) {
       if (from == to) continue;
       ++arrows[from + " -> " + to];
       EXPECT_NE((" " + below[from] + " ").find(" " + to + " "), std::string::npos)
-          << name << ": " << line;
+          << name << ": " << line << ": " << to << " isn't below " << from;
     }
   }
   for (const auto& [arrow, includes] : arrows) std::cout << arrow << ": " << includes << '\n';

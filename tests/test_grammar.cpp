@@ -93,6 +93,11 @@ TEST(Grammar, TheTableIsSoundAndWrongRowsAreTold) {
   EXPECT_EQ(fault("$2PR\n", "PUSH 1"), "PUSH 1 has no line feed behind it");
   EXPECT_EQ(GrammarFault({{Rule::go2, {Rule::expr}, "$1"}}, KnownStep),
             "{go2, {expr}}: expr has no row");
+  EXPECT_EQ(GrammarFault({{Rule::go2, {Rule::go2, "TOP"}, "$1"}}, KnownStep),
+            "{go2, {go2, \"TOP\"}}: begins with itself");
+  for (const char* word : {"Top", "GO TOP", "<=", ""})
+    EXPECT_EQ(GrammarFault({{Rule::go2, {word}, "PR\n"}}, KnownStep),
+              StrFmt("{go2, {\"%s\"}}: \"%s\" is no token", word, word));
 }
 
 TEST(Grammar, SyntaxErrors) {

@@ -76,6 +76,12 @@ std::string Joined(const Lines& lines) {
   return text;
 }
 
+Lines Difference(const std::set<std::string>& a, const std::set<std::string>& b) {
+  Lines names;
+  std::set_symmetric_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(names));
+  return names;
+}
+
 std::string TopicOf(const std::string& name) { return str_replace(name, " ", "-"); }
 
 }  // namespace
@@ -108,7 +114,7 @@ TEST(Help, EachNameHasATopic) {
     wanted.insert(a.items[0].word);
     bool inMain = false;  // itself, or as in DO WHILE
     for (const std::string& name : listed) inMain |= split(name, "-")[0] == a.items[0].word;
-    EXPECT_TRUE(inMain) << a.items[0].word;
+    EXPECT_TRUE(inMain) << a.items[0].word << " isn't listed under #MAIN";
   }
   int options = 0;
   for (const char* group :
@@ -124,9 +130,40 @@ TEST(Help, EachNameHasATopic) {
   for (const auto& [topic, body] : topics)
     for (const Lines& list : Blocks(body, "See also:"))
       for (const std::string& name : Names(list)) wanted.insert(TopicOf(name));
-  for (const std::string& topic : wanted) EXPECT_TRUE(topics.count(topic)) << topic;
+  for (const std::string& topic : wanted)
+    EXPECT_TRUE(topics.count(topic)) << topic << " has no topic";
   for (const auto& [topic, body] : topics)
-    EXPECT_TRUE(topic == "MAIN" || wanted.count(topic)) << topic;
+    EXPECT_TRUE(topic == "MAIN" || wanted.count(topic)) << topic << " is nowhere named";
+}
+
+// Each function stands in the list of FUNCTIONS, and each reserved word in that of NAMES.
+TEST(Help, EachFunctionAndReservedWordIsListed) {
+  const Topics topics = ReadHelp();
+  std::set<std::string> words, functions, told, names(g_keywords.begin(), g_keywords.end());
+  for (const StepEntry& e : g_steps) {
+    if (e.word[0] != '=' || e.word == "=EVAL") continue;
+    const std::string name(e.word.substr(1));
+    EXPECT_TRUE(names.count(name)) << name << " is no keyword";
+    EXPECT_NE(e.effect.find_first_of("(*"), e.effect.npos) << name << " doesn't count arguments";
+    functions.insert(name + "()");
+  }
+  names.insert(functions.begin(), functions.end());
+  const std::regex word("[A-Z0-9]+(\\(\\))?");
+  for (const char* topic : {"FUNCTIONS", "NAMES"})
+    for (const std::string& line : topics.at(topic))
+      if (line.starts_with("   ") &&
+          std::regex_match(line, std::regex("[A-Z0-9 ()]*|   [A-Z][a-z]+:.*")))
+        for (std::sregex_iterator it(line.begin(), line.end(), word), end; it != end; ++it)
+          if (it->str().size() > 1) words.insert(it->str());
+  EXPECT_EQ(Difference(words, names), Lines()) << "missing in #FUNCTIONS or #NAMES, or only there";
+  const std::regex head("[ W](?:[A-Z]+ +)?([A-Z0-9]+\\().*");
+  std::smatch call;
+  for (const auto& [topic, body] : topics)
+    for (const std::string& line : body)
+      if (topic.starts_with("FUNCTIONS-") && std::regex_match(line, call, head))
+        told.insert(call.str(1) + ")");
+  EXPECT_EQ(Difference(told, functions), Lines())
+      << "has no lines in #FUNCTIONS-..., or only there";
 }
 
 // Each example is a command file, in a folder that has what the examples name; what it asks for is
@@ -174,8 +211,9 @@ TEST(Help, ExamplesRun) {
       EXPECT_FALSE(std::regex_search(out, wrong)) << topic << out;
       std::smatch parts;
       for (const std::string& line : example)
-        if (std::regex_match(line, parts, printed))
+        if (std::regex_match(line, parts, printed)) {
           EXPECT_NE(out.find(' ' + parts.str(2) + " \n"), out.npos) << line << out;
+        }
     }
   }
 }

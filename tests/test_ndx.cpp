@@ -31,13 +31,12 @@ class Ndx : public testing::Test {
  protected:
   // No key is computed here: any text will do as a key expression.
   Ndx() {
-    g_makeKey = [](const std::string&) {
-      return Key{[] { return 0; }, [](std::string&) { return -1; }};
-    };
+    g_makeKey = [](const std::string&) { return Key{[] { return 0; }, [] { return nullptr; }}; };
   }
   void Add(const std::string& text, int rno) {
     ASSERT_EQ(0, ndxAdd(x, rno, text));
-    model.emplace(OrderOf(x.file->type, formatkey(*x.file, text)), std::pair(text, rno));
+    model.emplace(OrderOf(x.file->type, std::string(formatkey(*x.file, text))),
+                  std::pair(text, rno));
   }
   void Delete(size_t at) {
     const auto item = std::next(model.begin(), static_cast<long>(at));

@@ -31,28 +31,33 @@ std::vector<int> _fields(const Lines& names) {
   return fields;
 }
 
-// A record as a line; field -1 is an empty value.
-std::string _recordLine(const std::vector<int>& fields, const std::string& delimiter) {
-  std::string line;
+// Adds a record as a line; field -1 is an empty value.
+void _addRecord(const std::vector<int>& fields, std::string_view delimiter, std::string& text) {
   for (const int& field : fields) {
-    if (&field != &fields[0]) line += delimiter;
-    if (field < 0) continue;
-    std::string value(dbVal(selectedArea, field));
-    if (delimiter == commaForm) {
-      value = dlb(trim(value));
-      if (dbTyp(selectedArea, field) == 'C') value = s2qs(value);
-    }
-    line += value;
+    if (&field != &fields[0]) text += delimiter;
+    std::string_view value = dbVal(selectedArea, field);
+    if (delimiter == commaForm) value = dlb(dtb(value));
+    if (delimiter != commaForm || field < 0 || dbTyp(selectedArea, field) != 'C')
+      text += value;
+    else if (value.find('"') == value.npos)
+      text.append(1, '"').append(value) += '"';
+    else
+      text += s2qs(value);
   }
-  return line += '\n';
+  text += '\n';
 }
 
-// An empty value leaves its field blank.
-void _setDelimited(const std::string& line, const std::string& delimiter) {
-  Lines values;
-  const int n = std::min(getCSV(line, delimiter, maxFields, values), dbCOLS(selectedArea));
-  for (int i = 0; i < n; ++i)
-    if (!values[i].empty()) dbSetVal(selectedArea, i, qs2s(values[i]));
+// An empty value leaves its field blank. Mostly no quote stands inside a quoted one.
+void _setDelimited(const std::vector<std::string_view>& values) {
+  const int n = std::min(static_cast<int>(values.size()), dbCOLS(selectedArea));
+  for (int i = 0; i < n; ++i) {
+    std::string_view value = values[i];
+    if (value.empty()) continue;
+    if (value[0] == '"' && value.find('"', 1) == value.size() - 1)
+      value = value.substr(1, value.size() - 2);
+    const bool plain = value.find('"') == value.npos;
+    dbSetVal(selectedArea, i, plain ? value : std::string_view(qs2s(value)));
+  }
 }
 
 // Each field is given the whole rest of the line and takes what it reads there.
@@ -64,7 +69,8 @@ void _setFixed(std::string_view line) {
 }
 
 std::string_view _skipBlanks(std::string_view text) {
-  return text.substr(std::min(text.find_first_not_of(" \t"), text.size()));
+  while (!text.empty() && (text[0] == ' ' || text[0] == '\t')) text.remove_prefix(1);
+  return text;
 }
 
 }  // namespace
@@ -80,7 +86,8 @@ size_t is_notDelim(std::string_view text, std::string_view delimiter) {
   return std::min(text.find(delimiter), text.size());
 }
 
-int getCSV(std::string_view line, std::string_view delimiter, size_t limit, Lines& values) {
+int getCSV(std::string_view line, std::string_view delimiter, size_t limit,
+           std::vector<std::string_view>& values) {
   values.clear();
   while (values.size() < limit && !line.empty()) {
     line = _skipBlanks(line);
@@ -107,15 +114,16 @@ int moxCpyToSdf(int start, int count, const Lines& fields, const std::string& fi
   if (result == 0) {
     ScanRecords(start, count, test, [&] {
       if (g_opt[optDELETED] && dbDELETED(selectedArea)) return true;
-      text += HostText(_recordLine(columns, between));
+      _addRecord(columns, between, text);
       ++tally;
-      if (text.size() >= pieceSize && !NewFileAppend(f, std::exchange(text, {})))
-        result = fileCantWrite;
+      if (text.size() < pieceSize) return true;
+      if (!NewFileAppend(f, HostText(text))) result = fileCantWrite;
+      text.clear();
       return result == 0;
     });
   }
   if (Interrupted()) return -1;
-  if (result == 0) result = NewFileAppend(f, text) ? NewFileDone(f) : fileCantWrite;
+  if (result == 0) result = NewFileAppend(f, HostText(text)) ? NewFileDone(f) : fileCantWrite;
   if (result != 0) {
     FileErr(result, f.path);
     return -1;
@@ -143,15 +151,19 @@ int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
   ErrorSlot lacking;
   int tally = 0;
   int result = 0;
+  TextReader text(f.get());
   std::string line;
+  std::vector<std::string_view> values;
   dbHold(selectedArea);
-  while (result == 0 && !Interrupted() && ReadTextLine(f.get(), maxTextLine, line)) {
+  while (result == 0 && !Interrupted() && text.read(maxTextLine, line)) {
     if ((result = dbBegin(selectedArea)) != 0) break;
     rm_nl(line);
-    if (between.empty())
+    if (between.empty()) {
       _setFixed(line);
-    else
-      _setDelimited(line, between);
+    } else {
+      getCSV(line, between, maxFields, values);
+      _setDelimited(values);
+    }
     result = KeepAppended(test, tally, lacking);
   }
   ReadEnded(f.get(), path);

@@ -9,6 +9,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "session/misc.h"
 
@@ -28,7 +29,8 @@ int moxApndFmSdf(const std::string& filename, const std::string& delimiter,
 // Cuts a line into at most limit values: quoted strings, with their quotes, and texts up to the
 // delimiter (not empty). Blanks and tabs ahead of a value and behind it are skipped; what stands
 // between a value and the delimiter ends the line. Returns the number of values.
-int getCSV(std::string_view line, std::string_view delimiter, size_t limit, Lines& values);
+int getCSV(std::string_view line, std::string_view delimiter, size_t limit,
+           std::vector<std::string_view>& values);
 // Length of the quoted string at the start of the text, quotes included, or 0.
 size_t is_string(std::string_view text);
 // Number of characters ahead of the delimiter or of the end.

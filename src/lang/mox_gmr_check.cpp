@@ -47,6 +47,13 @@ std::string _tell(const Alternative& a) {
 
 bool _isMark(char c) { return c > nothing && c <= anyKeyword; }
 
+// Whether a word can match: it is one token, in upper case.
+bool _isToken(std::string_view word) {
+  Tokens tokens;
+  txt2tkn(word, 2, tokens);
+  return tokens.count() == 1 && tokens.texts[0] == strUpper(std::string(word));
+}
+
 class Check {
  public:
   Check(const Grammar& grammar, bool (*isStep)(std::string_view step));
@@ -121,8 +128,11 @@ std::string Check::steps(const std::string& outline) const {
 
 std::string Check::row(const GrammarRow& row) const {
   for (const Item& item : row.alternative->items) {
+    if (item.kind == Item::kWord && !_isToken(item.word)) return _tell(item) + " is no token";
     if (item.kind != Item::kRule) continue;
     const int rule = static_cast<int>(item.rule);
+    if (&item == row.alternative->items.data() && item.rule == row.alternative->rule)
+      return "begins with itself";
     if (grammar_.rows[rule].empty()) return _tell(item.rule) + " has no row";
     if (!makesSteps_[rule]) continue;
     if (std::string fault = steps(item.absent); !fault.empty()) return fault;

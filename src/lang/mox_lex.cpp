@@ -10,7 +10,6 @@ namespace mox {
 
 namespace {
 
-// Sorted, for findndx.
 constexpr std::string_view keywords[] = {
     "ABS",  "ALL",      "ASC",    "CHR",   "COLOR", "DATE",  "DELETED", "DIR", "EOF",
     "FOR",  "FREEFILE", "INKEY",  "INSTR", "INT",   "LCASE", "LEFT",    "LEN", "MID",
@@ -18,6 +17,8 @@ constexpr std::string_view keywords[] = {
     "SQR",  "STR",      "TEST",   "TO",    "TRIM",  "TYPE3", "UCASE",   "VAL",
 };
 
+static_assert(std::is_sorted(std::begin(keywords), std::end(keywords)),
+              "a keyword is looked up by binary search");
 static_assert(std::all_of(std::begin(keywords), std::end(keywords),
                           [](std::string_view word) { return word.size() < maxWord; }),
               "the step word of a function is = and its name, and it must not be cut");

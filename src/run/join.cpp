@@ -4,8 +4,10 @@
 #include <iterator>
 #include <utility>
 
+#include "run/handlers.h"
 #include "run/run_ops.h"
 #include "session/misc.h"
+#include "session/number.h"
 #include "session/options.h"
 
 namespace mox {
@@ -13,7 +15,7 @@ namespace mox {
 namespace {
 
 bool _done(Run& run, const Joint& j) {
-  run.pc += static_cast<int>(j.row->steps.size());
+  run.pc += j.steps;
   return true;
 }
 
@@ -67,8 +69,8 @@ bool _compareNames(Run& run, Joint& j) {
 template <class Op>
 bool _truths(Run& run, const Joint& j, int count, Op op) {
   if (run.depth < count) return false;
-  Value& a = run.stk[static_cast<size_t>(run.depth - count)];
-  const Value& b = run.top();
+  Value& b = run.top();
+  Value& a = *(&b - (count - 1));
   if (!a.isTruth() || !b.isTruth()) return false;
   a.setTruth(op(a.holds(), b.holds()));
   run.depth -= count - 1;
@@ -101,6 +103,7 @@ constexpr JoinRow rows[] = {
     {"9L-", _calculate},
     {"9L*", _calculate},
     {"9L", _pushValue},
+    {"9", _pushValue},
     {"Q", _pushValue},
     {":", _source},
     {"&", _and},
@@ -120,12 +123,12 @@ char _pushed(std::string_view operand) {
 
 char _letter(const Step& step) {
   struct Word {
-    std::string_view word;
+    Handler handler;
     char letter;
   };
-  static constexpr Word words[] = {{"GETV", 'G'}, {"STORE", 'S'}, {"ADD", '+'},
-                                   {"SUB", '-'},  {"MUL", '*'},   {"AND", '&'},
-                                   {"OR", '|'},   {"NOT", '!'},   {"S2N", 'L'}};
+  static constexpr Word words[] = {{OpGetV, 'G'}, {OpStore, 'S'}, {OpAdd, '+'},
+                                   {OpSub, '-'},  {OpMul, '*'},   {OpAnd, '&'},
+                                   {OpOr, '|'},   {OpNot, '!'},   {OpS2N, 'L'}};
   switch (step.core) {
     case Core::CMP: return step.number < 0 ? other : 'C';
     case Core::JPF: return 'J';
@@ -134,7 +137,7 @@ char _letter(const Step& step) {
     default: break;
   }
   for (const Word& w : words)
-    if (step.entry && step.entry->word == w.word) return w.letter;
+    if (step.entry && step.entry->handler == w.handler) return w.letter;
   return other;
 }
 
@@ -147,9 +150,16 @@ bool _fits(std::string_view letters, std::string_view row) {
   return true;
 }
 
+// The bare text; a count is known without it.
+Value _number(std::string_view text) {
+  const Value count = Value::ofCount(TxtToInt(text));
+  return count.text() == text ? count : Value(text);
+}
+
 std::shared_ptr<Joint> _joint(const JoinRow& row, const Step* step) {
   const auto joint = std::make_shared<Joint>();
   joint->row = &row;
+  joint->steps = static_cast<int>(row.steps.size());
   for (const char letter : row.steps) {
     switch (letter) {
       case 'N':
@@ -157,7 +167,7 @@ std::shared_ptr<Joint> _joint(const JoinRow& row, const Step* step) {
         joint->name.text = strUpper(step->operand());
         break;
       case 'Q': joint->value = Value::ofContent(qs2s(step->operand())); break;
-      case '9': joint->value = step->operand(); break;
+      case '9': joint->value = _number(step->operand()); break;
       case 'L': joint->value = ToNumber(joint->value); break;
       case '+':
       case '-':
@@ -181,7 +191,8 @@ void JoinSteps(Program& program) {
   for (const Step& step : program) letters += _letter(step);
   for (size_t i = 0; i < program.size(); ++i) {
     const std::string_view here = std::string_view(letters).substr(i);
-    if (letters[i] == other) continue;
+    // A count of subscripts is in no run of its own.
+    if (letters[i] == other || (letters[i] == '1' && i > 0 && letters[i - 1] == 'N')) continue;
     const auto fits = [here](const JoinRow& row) { return _fits(here, row.steps); };
     const JoinRow* const row = std::find_if(std::begin(rows), std::end(rows), fits);
     if (row != std::end(rows)) program[i].joint = _joint(*row, &program[i]);

@@ -17,33 +17,6 @@
 
 namespace mox {
 
-// The state of one run of the machine.
-struct Run {
-  Run(const Program& p, Stack& s) : program(p), stk(s) {}
-
-  const Program& program;
-  Stack& stk;
-  int pc = 0;
-  int depth = 0;
-  std::vector<int> calls;
-
-  // A new slot on top; what it holds is left over.
-  Value& push() {
-    if (depth == room_) grow();
-    return slots_[depth++];
-  }
-  Value& top() { return slots_[depth - 1]; }
-
- private:
-  void grow() {
-    if (static_cast<size_t>(depth) == stk.size()) stk.emplace_back();
-    slots_ = stk.data();
-    room_ = static_cast<int>(stk.size());
-  }
-  Value* slots_ = stk.data();
-  int room_ = static_cast<int>(stk.size());
-};
-
 struct Joint;
 
 // A row of the table of such runs: a letter for each step (join.cpp tells them), and what does them
@@ -56,6 +29,7 @@ extern const std::span<const JoinRow> g_joins;
 
 struct Joint {
   const JoinRow* row;
+  int steps = 0;
   Name name;        // the last that the steps read or store into
   Name other;       // one before it
   Value value;      // that they push

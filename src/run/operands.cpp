@@ -50,10 +50,14 @@ Effect CutEffect(std::string_view text) {
   return effect;
 }
 
-bool Operands::lay(const Effect& effect, int depth) {
+bool Operands::lay(std::string_view word, const Effect& effect, int depth) {
+  word_ = word;
   depth_ = base_ = depth;
   results_ = effect.results;
   list_ = effect.lists;
+  end_ = 0;
+  kept_ = false;
+  rooms_.clear();
   if (effect.fixed) {
     next_ = base_ -= static_cast<int>(effect.operands.size());
     return base_ >= 0;
@@ -79,9 +83,9 @@ bool Operands::lay(const Effect& effect, int depth) {
   return base_ >= 0;
 }
 
-const Value& Operands::missing() {
+const Value& Operands::missing() const {
   static const Value none{std::string()};
-  IntErr("NO SUCH OPERAND");
+  IntErr(StrFmt("NO SUCH OPERAND OF %s", std::string(word_).c_str()));
   return none;
 }
 

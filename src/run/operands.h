@@ -35,10 +35,29 @@ using Stack = std::vector<Value>;
 class Operands;
 using Handler = void (*)(Operands&);
 
+// Whether an effect has the form: one arrow, and a count behind each group and list.
+constexpr bool IsEffect(std::string_view text) {
+  const size_t arrow = text.find("->");
+  int open = 0;
+  for (size_t i = 0; i < arrow && i < text.size(); ++i) {
+    open += (text[i] == '(') - (text[i] == ')');
+    const bool counted = text[i] == ')' || text[i] == '*' || text[i] == '?';
+    if (open < 0 || (counted && (i + 3 > arrow || text[i + 1] != ' '))) return false;
+  }
+  return arrow != text.npos && arrow == text.rfind("->") && open == 0;
+}
+
+// The same for a table: a row of another form doesn't compile.
+struct StepEffect : std::string_view {
+  consteval StepEffect(const char* text) : std::string_view(text) {
+    if (!IsEffect(*this)) throw "the effect of a step has another form";
+  }
+};
+
 struct StepEntry {
   StepWord word;
   Handler handler;
-  std::string_view effect;
+  StepEffect effect;
   // What to say when the operands aren't there: of a function its usage, of another step the text
   // of an internal error.
   std::string_view refusal = "STACK UNDERFLOW";
@@ -64,8 +83,9 @@ class Operands {
  public:
   explicit Operands(Stack& stk) : stk_(stk) {}
 
-  // Lays an effect against a stack of this depth: false when the stack hasn't the operands.
-  bool lay(const Effect& effect, int depth);
+  // Lays the effect of another step, a word, against a stack of this depth: false when the stack
+  // hasn't the operands.
+  bool lay(std::string_view word, const Effect& effect, int depth);
   // The depth behind the step.
   int depthAfter() const { return kept_ ? depth_ : base_ + results_; }
 
@@ -78,16 +98,17 @@ class Operands {
   const std::string& text() { return value().text(); }
   std::string_view content() {
     const Value& v = value();
-    return v.isContent() ? v.content(none_) : v.content(rooms_.emplace_front());
+    return v.isContent() ? v.content() : v.content(rooms_.emplace_front());
   }
   int integer() { return DblToInt(number()); }
   double number() { return value().number(); }
   // All elements of the list that comes next.
   Lines list();
 
-  // Puts the value in the place of the deepest operand.
+  // Puts the value in the place of the deepest operand. Where the row has no result, an internal
+  // error.
   void result(Value value) {
-    if (base_ < depth_)
+    if (results_ > 0 && base_ < depth_)
       stk_[static_cast<size_t>(base_)] = std::move(value);
     else
       missing();
@@ -96,9 +117,10 @@ class Operands {
   void keep() { kept_ = true; }
 
  private:
-  static const Value& missing();
+  const Value& missing() const;
 
   Stack& stk_;
+  std::string_view word_;
   int depth_ = 0;
   int base_ = 0;  // place of the deepest operand
   int next_ = 0;
@@ -107,7 +129,6 @@ class Operands {
   std::array<int, maxLists> counts_{};  // operands of each list
   int list_ = 0;                        // the list that comes next
   bool kept_ = false;
-  std::string none_;
   std::forward_list<std::string> rooms_;  // of contents that the values don't hold
 };
 

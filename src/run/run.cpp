@@ -27,10 +27,10 @@ struct CoreWord {
   Core core;
 };
 constexpr CoreWord coreWords[] = {
-    {"PUSH", Core::PUSH}, {"STOP", Core::STOP}, {"END", Core::END}, {"LBL", Core::LBL},
-    {"JP", Core::JP},     {"JPF", Core::JPF},   {"JPX", Core::JPX}, {"CMP", Core::CMP},
-    {"CALL", Core::CALL}, {"RET", Core::RET},   {"DUP", Core::DUP}, {"POP", Core::POP},
-    {":", Core::source},
+    {"PUSH", Core::PUSH}, {":", Core::source}, {"END", Core::END}, {"LBL", Core::LBL},
+    {"JP", Core::JP},     {"JPF", Core::JPF},  {"JPX", Core::JPX}, {"CMP", Core::CMP},
+    {"CALL", Core::CALL}, {"RET", Core::RET},  {"DUP", Core::DUP}, {"POP", Core::POP},
+    {"STOP", Core::STOP},
 };
 
 bool _isWordChar(char c) { return (static_cast<signed char>(c) >= '0' && c != 127) || c == '$'; }
@@ -45,26 +45,28 @@ std::string_view GetWordD(std::string_view& step) {
   return word;
 }
 
-// The row of a step's word and its effect, cut once for all.
+// What the machine knows of a word of the step table.
 struct Row {
   const StepEntry* entry = nullptr;
-  const Effect* effect = nullptr;
+  Effect effect;
+  bool quiet = false;
 };
-Row _findRow(std::string_view word) {
-  struct Rows {
-    std::vector<std::string_view> words;
-    std::vector<Effect> effects;
-  };
-  static const Rows rows = [] {
-    Rows all;
-    for (const StepEntry& e : g_steps) {
-      all.words.push_back(e.word);
-      all.effects.push_back(CutEffect(e.effect));
-    }
-    return all;
-  }();
-  const int i = findndx(word, rows.words);
-  return i < 0 ? Row{} : Row{&g_steps[i], &rows.effects[i]};
+
+// The row of a word, made when it is first met; null for a word that no one knows.
+const Row* _findRow(std::string_view word) {
+  static std::vector<Row> rows(g_steps.size());
+  const auto less = [](const StepEntry& e, std::string_view w) { return StrICmp(e.word, w) < 0; };
+  const auto at = std::lower_bound(g_steps.begin(), g_steps.end(), word, less);
+  if (at == g_steps.end() || StrICmp(at->word, word) != 0) return nullptr;
+  Row& row = rows[static_cast<size_t>(at - g_steps.begin())];
+  if (!row.entry) row = {&*at, CutEffect(at->effect), findndx(word, g_quietSteps) >= 0};
+  return &row;
+}
+
+Core _coreOf(std::string_view word) {
+  for (const CoreWord& c : coreWords)
+    if (c.word == word) return c.core;
+  return Core::none;
 }
 
 Step _cut(std::string text) {
@@ -73,16 +75,16 @@ Step _cut(std::string text) {
   const std::string_view word = GetWordD(rest);
   const std::string_view operand = dlb(rest);
   step.word = text.size() - operand.size();
-  for (const CoreWord& c : coreWords)
-    if (c.word == word) step.core = c.core;
+  step.core = _coreOf(word);
   if (step.core == Core::none) {
-    const Row row = _findRow(word);
-    step.entry = row.entry;
-    step.effect = row.effect;
-    step.quiet = findndx(word, g_quietSteps) >= 0;
+    if (const Row* const row = _findRow(word)) {
+      step.entry = row->entry;
+      step.effect = &row->effect;
+      step.quiet = row->quiet;
+    }
   } else if (step.core == Core::CMP) {
     step.number = CmpOperator(operand);
-  } else {
+  } else if (step.core != Core::PUSH && step.core != Core::source) {
     step.number = TxtToInt(operand);
   }
   step.text = std::move(text);
@@ -174,10 +176,9 @@ void _dispatch(Run& run, const Step& step) {
     dbPut();
     if (errnum != errNone) return;
   }
-  Operands operands(run.stk);
-  if (operands.lay(*step.effect, run.depth)) {
-    step.entry->handler(operands);
-    run.depth = operands.depthAfter();
+  if (run.operands.lay(step.entry->word, *step.effect, run.depth)) {
+    step.entry->handler(run.operands);
+    run.depth = run.operands.depthAfter();
   } else if (step.entry->word[0] == '=') {
     ArgErr(step.entry->refusal);
   } else {
@@ -211,8 +212,8 @@ void _runStep(Run& run, const Step& step) {
 // at Ctrl-C: only JP goes back in a list, and it is in no run.
 void _runJoints(Run& run) {
   if (g_opt[optR1]) return;
-  for (const size_t size = run.program.size(); static_cast<size_t>(run.pc) < size;) {
-    Joint* const joint = run.program[run.pc].joint.get();
+  while (static_cast<size_t>(run.pc) < run.size) {
+    Joint* const joint = run.steps[run.pc].joint.get();
     if (!joint || !joint->row->act(run, *joint)) return;
   }
 }
@@ -247,24 +248,25 @@ bool KnownStep(std::string_view step) {
   return cut.core == Core::CMP ? cut.number >= 0 : cut.core != Core::none || cut.entry;
 }
 
-int doRun1(const Program& program, Stack& stk, RunOf what) {
+int doRun1(Run& run, RunOf what) {
   outcol = 0;
   errnum = errNone;
-  Run run(program, stk);
+  run.pc = run.depth = 0;
+  run.calls.clear();
   while (errnum == errNone && !(what == RunOf::statements && Interrupted())) {
     _runJoints(run);
-    if (static_cast<size_t>(run.pc) >= program.size()) {
+    if (static_cast<size_t>(run.pc) >= run.size) {
       IntErr("NO SUCH STEP");
       break;
     }
-    const Step& step = program[run.pc];
+    const Step& step = run.steps[run.pc];
     errpc = run.pc++;
     errstep = step.text;
     if (g_opt[optR1]) std::printf("%05d: %s\n", errpc, step.text.c_str());
     _runStep(run, step);
     if (run.depth < 0) IntErr("STACK UNDERFLOW");
     if (g_opt[optR1] && run.depth >= 1)
-      std::printf("       stk[%d]=%s\n", run.depth - 1, stk[run.depth - 1].text().c_str());
+      std::printf("       stk[%d]=%s\n", run.depth - 1, run.top().text().c_str());
   }
   if (errnum == errEnd) {
     errnum = errNone;
@@ -277,8 +279,8 @@ int doRun1(const Program& program, Stack& stk, RunOf what) {
 void doRun(const Program& program) {
   NestGuard nest;
   if (!nest.ok()) return;
-  Stack stk;
-  doRun1(program, stk, RunOf::statements);
+  Run run(program);
+  doRun1(run, RunOf::statements);
   dbPut();
   dbRevert();  // of a change that an error or Ctrl-C broke off
   FpCloseAll();

@@ -57,11 +57,42 @@ bool KnownStep(std::string_view step);
 // record must come out whole.
 enum class RunOf { statements, expression };
 
+// The state of a run of a program, which must outlive it, or of its runs one after the other.
+struct Run {
+  explicit Run(const Program& program) : steps(program.data()), size(program.size()) {}
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
+
+  const Step* const steps;
+  const size_t size;
+  int pc = 0;
+  int depth = 0;
+  Stack stk;
+  std::vector<int> calls;
+  Operands operands{stk};  // of the step that is running
+
+  // A new slot on top; what it holds is left over.
+  Value& push() {
+    if (depth == room_) grow();
+    return slots_[depth++];
+  }
+  Value& top() { return slots_[depth - 1]; }
+
+ private:
+  void grow() {
+    stk.emplace_back();
+    slots_ = stk.data();
+    ++room_;
+  }
+  Value* slots_ = nullptr;
+  int room_ = 0;
+};
+
 // Runs statements from depth 0 on a stack of their own and closes the numbered files at their end.
 void doRun(const Program& program);
-// Runs a program from depth 0 and returns the final depth; the values stay on the stack. A
-// negative depth is that of a POP that asked for too much.
-int doRun1(const Program& program, Stack& stk, RunOf what);
+// Runs from depth 0 and returns the final depth; the values stay on the stack. A negative depth is
+// that of a POP that asked for too much.
+int doRun1(Run& run, RunOf what);
 
 // The single-step question: errNone to go on, errCancel, or errTold at the end of the input.
 int AskStep();

@@ -29,9 +29,9 @@ int EvalExpr(std::string_view text, size_t max, Value& result) {
   if (!nest.ok()) return -1;
   Program program;
   if (_compileExpr(text, evalSteps, program) != 0) return -1;
-  Stack stk;
-  if (doRun1(program, stk, RunOf::expression) != 1) return -1;
-  result = std::move(stk[0]);
+  Run run(program);
+  if (doRun1(run, RunOf::expression) != 1) return -1;
+  result = std::move(run.stk[0]);
   if (result.text().size() > max) result = Value(result.text().substr(0, max));
   return 0;
 }
@@ -39,16 +39,19 @@ int EvalExpr(std::string_view text, size_t max, Value& result) {
 int ExprCompile(Expr& e) {
   if (e.program && !g_opt[optC1] && !g_opt[optC2]) return 0;
   e.program.emplace();
-  if (_compileExpr(e.text, e.limit, *e.program) == 0) return 0;
-  e.program.reset();
-  return -1;
+  if (_compileExpr(e.text, e.limit, *e.program) != 0) {
+    e.program.reset();
+    return -1;
+  }
+  e.run = std::make_unique<Run>(*e.program);
+  return 0;
 }
 
 const Value& RunExpr(Expr& e) {
   static const Value none;
   NestGuard nest;
-  e.failed = !nest.ok() || doRun1(*e.program, e.stk, RunOf::expression) != 1;
-  return e.failed ? none : e.stk[0];
+  e.failed = !nest.ok() || doRun1(*e.run, RunOf::expression) != 1;
+  return e.failed ? none : e.run->stk[0];
 }
 
 int ScanCompile(Expr& e) {
@@ -62,9 +65,9 @@ bool Qualifies(Expr& condition) { return RunExpr(condition).holds(); }
 Key MakeKey(const std::string& text) {
   const auto e = std::make_shared<Expr>(text, evalSteps);
   return {[e] { return ExprCompile(*e); },
-          [e](std::string& key) {
-            key = RunExpr(*e).text();
-            return e->failed ? -1 : 0;
+          [e] {
+            const Value& value = RunExpr(*e);
+            return e->failed ? nullptr : &value;
           }};
 }
 

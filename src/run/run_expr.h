@@ -3,6 +3,7 @@
 // Each runs on an operand stack of its own, inside the run of the statement that it belongs to.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,8 +26,8 @@ struct Expr {
   std::string text;
   size_t limit;
   std::optional<Program> program;
-  Stack stk;            // kept between runs for its memory
-  bool failed = false;  // of the last run
+  std::unique_ptr<Run> run;  // kept between runs for its memory
+  bool failed = false;       // of the last run
 };
 // Makes the program unless it is there: 0, or -1 when the text gives no complete list. Compiles
 // anew, with the same result, while the options C1 or C2 show the steps of what is compiled.

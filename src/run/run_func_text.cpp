@@ -31,6 +31,8 @@ std::string _mid(std::string_view text, int64_t p, int64_t n) {
 // Position of the first needle in hay, from 1 on, or 0. Linear in time also for megabytes in which
 // the needle nearly fits everywhere.
 size_t _find(std::string_view hay, std::string_view needle) {
+  constexpr size_t small = 65536;
+  if (hay.size() < small / (needle.size() + 1)) return hay.find(needle) + 1;  // npos + 1 is 0
   // border[i]: length of the longest text that both begins and ends the first i + 1 bytes, less
   // than all of them.
   std::vector<size_t> border(needle.size());

@@ -39,9 +39,9 @@ bool _nextPage() {
 }
 
 // Shows the lines up to the next head or the end of the file.
-void _showTopic(std::FILE* f) {
+void _showTopic(TextReader& text) {
   std::string line;
-  for (int shown = 0; ReadTextLine(f, maxLine, line) && line[0] != '#'; ++shown) {
+  for (int shown = 0; text.read(maxLine, line) && line[0] != '#'; ++shown) {
     trim(rm_nl(line));
     if (shown >= pageLines || line[0] == 'W') {
       if (!_nextPage()) return;
@@ -61,9 +61,9 @@ void OpHelp(Operands& o) {
     std::printf("  %s file missing.\n", helpFile);
     return;
   }
-  for (std::string line; ReadTextLine(f.get(), maxLine, line);) {
-    if (trim(rm_nl(line)) == head) return _showTopic(f.get());
-  }
+  TextReader text(f.get());
+  for (std::string line; text.read(maxLine, line);)
+    if (trim(rm_nl(line)) == head) return _showTopic(text);
   std::printf("NO HELP MESSAGES FOUND\n");
 }
 

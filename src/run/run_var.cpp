@@ -43,12 +43,13 @@ const Value& _putValue(Operands& o) {
   return value;
 }
 
-// What an element holds of a value.
-Value _element(char type, const Value& value) {
-  if (type == 'L') return L_FmVTLD(value) ? "T" : "F";
-  if (type == 'N') return value.bareNumber();
+// Sets an element to what it holds of a value.
+void _setElement(Value& element, char type, const Value& value) {
   std::string room;
-  return value.content(room);
+  if (type == 'N')
+    element.setNumber(value);
+  else
+    element.setText(type != 'L' ? value.content(room) : L_FmVTLD(value) ? "T" : "F");
 }
 
 // The value that an element reads as; a null one is empty.
@@ -110,7 +111,9 @@ Value GetV(std::string_view name, int row, int col) {
 
 int PutV(std::string_view name, int row, int col, const Value& value) {
   const Typ typ = value.typ();
-  if (_stored(VarPutS2(name, row, col, _element(typ.type, value))) != 0) return -1;
+  Value element;
+  _setElement(element, typ.type, value);
+  if (_stored(VarPutS2(name, row, col, std::move(element))) != 0) return -1;
   _setTyp(*VarAt(VarNum(name)), typ.type, typ.length, typ.decimals);
   return 0;
 }
@@ -140,7 +143,7 @@ bool PutNamed(Name& name, const Value& value) {
   // A bare text may have no type.
   if (!element || (!value.isKnown() && !value.isQuoted())) return false;
   const Typ typ = value.typ();
-  *element = _element(typ.type, value);
+  _setElement(*element, typ.type, value);
   _setTyp(*name.var, typ.type, typ.length, typ.decimals);
   return true;
 }

@@ -87,7 +87,8 @@ bool _isSound(const std::string& line) {
 Lines _readFile(const std::string& path) {
   Lines lines;
   const File f = FileOpen(path, "rb");
-  for (std::string line; f && ReadTextLine(f.get(), longestLine, line);)
+  TextReader text(f.get());
+  for (std::string line; f && text.read(longestLine, line);)
     if (_isSound(rm_nl(line))) lines.push_back(line);
   return lines;
 }

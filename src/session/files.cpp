@@ -19,8 +19,9 @@ namespace {
 constexpr int _fpSlots = 10;
 constexpr int _fpFirst = 2;  // the first slot for files
 struct FpSlot {
-  std::FILE* stream;
-  bool ended;  // a read found the end of the text
+  std::FILE* stream = nullptr;
+  bool ended = false;  // a read found the end of the text
+  TextReader reader{stream};
 };
 FpSlot k7_fp[_fpSlots];
 
@@ -112,25 +113,35 @@ bool ReadEnded(std::FILE* f, const std::string& path) {
   return false;
 }
 
-bool ReadTextLine(std::FILE* f, size_t max, std::string& line) {
+bool TextReader::fill() {
+  constexpr size_t blockSize = 1 << 16;
+  block_.resize(blockSize);
+  block_.resize(std::fread(block_.data(), 1, blockSize, f_));
+  at_ = 0;
+  ended_ |= block_.empty();
+  return !block_.empty();
+}
+
+bool TextReader::read(size_t max, std::string& line) {
+  const auto isPlain = [](char c) { return static_cast<unsigned char>(c) > endMark; };
   line.clear();
   bool content = true;
-  for (size_t n = 0; n < max; ++n) {
-    int c = std::getc(f);
-    if (c == EOF) return n > 0;
-    if (c == endMark) {
-      std::ungetc(c, f);  // the next read meets it again
-      return n > 0;
-    }
-    if (c == '\r') {
-      const int next = std::getc(f);
-      if (next == '\n')
-        c = next;
-      else if (next != EOF)
-        std::ungetc(next, f);
-    }
+  for (size_t n = 0; n < max;) {
+    if (at_ == block_.size() && !fill()) return n > 0;
+    const char* const p = block_.data() + at_;
+    const size_t most = std::min(max - n, block_.size() - at_);
+    size_t plain = 0;
+    while (plain < most && isPlain(p[plain])) ++plain;
+    if (content) line.append(p, plain);
+    at_ += plain;
+    n += plain;
+    if (plain == most) continue;
+    char c = block_[at_];
+    if (c == endMark) return n > 0;  // the next read meets it again
+    ++at_, ++n;
+    if (c == '\r' && (at_ < block_.size() || fill()) && block_[at_] == '\n') c = block_[at_++];
     if (c == 0) content = false;
-    if (content || c == '\n') line += static_cast<char>(c);
+    if (content || c == '\n') line += c;
     if (c == '\n') return true;
   }
   return max > 0;
@@ -141,7 +152,8 @@ std::optional<Lines> ReadLines(const std::string& path) {
   if (!f) return std::nullopt;
   _skipByteOrderMark(f.get());
   Lines lines;
-  for (std::string line; ReadTextLine(f.get(), maxLine, line);) lines.push_back(rm_nl(line));
+  TextReader text(f.get());
+  for (std::string line; text.read(maxLine, line);) lines.push_back(rm_nl(line));
   if (ReadEnded(f.get(), path)) return lines;
   return std::nullopt;
 }
@@ -150,8 +162,8 @@ void K7Init() { FpCloseAll(); }
 
 void FpCloseAll() {
   for (int slot = _fpFirst; slot < _fpSlots; ++slot) FpClose(slot);
-  k7_fp[0] = {stdout, false};
-  k7_fp[1] = {stdin, false};
+  k7_fp[0] = {stdout};
+  k7_fp[1] = {stdin};
 }
 
 int FpFreeFile() {
@@ -163,7 +175,7 @@ int FpFreeFile() {
 int FpOpen(int slot, const std::string& path, const char* mode) {
   if (slot < _fpFirst || slot >= _fpSlots) return -1;
   if (_isOpen(slot)) return -2;
-  k7_fp[slot] = {FileOpen(path, mode).release(), false};
+  k7_fp[slot] = {FileOpen(path, mode).release()};
   return _isOpen(slot) ? 0 : -3;
 }
 
@@ -180,16 +192,13 @@ std::optional<std::string> FpLineInput(int slot) {
   FpSlot& fp = k7_fp[slot];
   std::string line;
   // The standard input has one buffer, which keys and lines share.
-  const bool got =
-      fp.stream == stdin ? OS_ReadLine(maxLine, line) : ReadTextLine(fp.stream, maxLine, line);
+  const bool got = fp.stream == stdin ? OS_ReadLine(maxLine, line) : fp.reader.read(maxLine, line);
   fp.ended = !got;
   if (!got) return std::nullopt;
   return std::move(rm_nl(line));
 }
 
-bool FpEOF(int slot) {
-  return !_isOpen(slot) || k7_fp[slot].ended || std::feof(k7_fp[slot].stream);
-}
+bool FpEOF(int slot) { return !_isOpen(slot) || k7_fp[slot].ended || k7_fp[slot].reader.ended(); }
 
 int FpPrintTxt(int slot, std::string_view text) {
   if (slot < 0 || slot >= _fpSlots) return -1;

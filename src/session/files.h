@@ -48,11 +48,23 @@ bool FileInUse(const std::string& path);  // of this session, however the path i
 // The most bytes that one read of a text line gives, its line end included.
 constexpr size_t maxLine = 131;
 
-// Reads one line of at most max bytes from a stream that was opened in binary mode, the line end
-// (a line feed) included in the text and in the count: a longer line comes in several reads.
-// CR LF is one line end, and a byte 0x1A ends the text. A zero byte ends the line's content.
-// False at the end of the text.
-bool ReadTextLine(std::FILE* f, size_t max, std::string& line);
+// Reads the lines of a stream that was opened in binary mode, in blocks: nobody else reads it then.
+// A line is at most max bytes with its line end (a line feed), which is part of the text and of the
+// count: a longer line comes in several reads. CR LF is one line end, and a byte 0x1A ends the
+// text. A zero byte ends the line's content.
+class TextReader {
+ public:
+  explicit TextReader(std::FILE* f) : f_(f) {}
+  bool read(size_t max, std::string& line);  // false at the end of the text
+  bool ended() const { return ended_; }      // a read met the end of the file
+
+ private:
+  bool fill();
+  std::FILE* f_;
+  std::string block_;
+  size_t at_ = 0;  // in the block: the next byte
+  bool ended_ = false;
+};
 
 // True behind the last read of a stream that came to the end of its file; otherwise the file
 // couldn't be read, and that is reported.

@@ -9,7 +9,7 @@ namespace mox {
 
 namespace {
 
-constexpr std::string_view _blanks = " \t\r\n";
+bool _isBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 std::string _addExt(std::string_view name, size_t lastPart, std::string_view ext) {
   std::string result(name);
@@ -45,13 +45,22 @@ std::string StrFmt(const char* format, ...) {
 
 std::string& rm_nl(std::string& text) { return text.erase(text.find_last_not_of("\r\n") + 1); }
 
-std::string& trim(std::string& text) { return text.erase(text.find_last_not_of(_blanks) + 1); }
-
-std::string_view dlb(std::string_view text) {
-  return text.substr(std::min(text.find_first_not_of(_blanks), text.size()));
+std::string& trim(std::string& text) {
+  text.resize(dtb(text).size());
+  return text;
 }
 
-bool isBlank(std::string_view text) { return text.find_first_not_of(_blanks) == text.npos; }
+std::string_view dlb(std::string_view text) {
+  while (!text.empty() && _isBlank(text.front())) text.remove_prefix(1);
+  return text;
+}
+
+std::string_view dtb(std::string_view text) {
+  while (!text.empty() && _isBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+bool isBlank(std::string_view text) { return dlb(text).empty(); }
 
 char UpperChr(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
 char LowerChr(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }

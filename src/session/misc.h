@@ -21,8 +21,9 @@ using Lines = std::vector<std::string>;
 std::string& rm_nl(std::string& text);
 // Removes trailing bytes of the blank set; returns its argument.
 std::string& trim(std::string& text);
-// The text from its first byte outside the blank set on.
+// The text from its first byte outside the blank set on, and up to its last one.
 std::string_view dlb(std::string_view text);
+std::string_view dtb(std::string_view text);
 // True when the text is empty or holds only bytes of the blank set.
 bool isBlank(std::string_view text);
 

@@ -29,10 +29,18 @@ bool _isDigit(const char* p, const char* end) { return p < end && *p >= '0' && *
 
 // Skips blanks and one sign; returns true for a minus.
 bool _skipSign(const char*& p, const char* end) {
-  while (p < end && *p == ' ') ++p;
   while (p < end && (*p == ' ' || (*p >= '\t' && *p <= '\r'))) ++p;
   if (p == end || (*p != '-' && *p != '+')) return false;
   return *p++ == '-';
+}
+
+// Takes digits, which go on those of n; returns what stands behind them.
+const char* _takeDigits(const char* p, const char* stop, int64_t& n) {
+  int64_t taken = n;
+  for (unsigned digit; p < stop && (digit = static_cast<unsigned char>(*p) - '0') <= 9; ++p)
+    taken = 10 * taken + digit;
+  n = taken;
+  return p;
 }
 
 // Of a number's text that is beyond the range of a double at one end or the other: true when it
@@ -112,25 +120,20 @@ std::string _fmtFix(double x, int width, int decimals, bool signColumn) {
 double TxtToDbl(std::string_view text) {
   const char* p = text.data();
   const char* const end = p + text.size();
-  const bool minus = _skipSign(p, end);
-  // The library would also take a sign, "inf" and "nan" here.
-  if (!_isDigit(p, end) && !(p < end && *p == '.' && _isDigit(p + 1, end))) return 0;
-  // Most numbers are short, and their parts exact. Without a point there is no minus zero.
-  const char* q = p;
-  int64_t n = 0;
-  const char* point = nullptr;
-  for (const char* const stop = p + std::min<std::ptrdiff_t>(end - p, _maxExact + 1); q < stop;
-       ++q) {
-    const unsigned digit = static_cast<unsigned char>(*q) - '0';
-    if (digit <= 9)
-      n = 10 * n + digit;
-    else if (*q == '.' && !point)
-      point = q;
-    else
-      break;
+  while (p < end && *p == ' ') ++p;
+  bool minus = false;
+  if (!_isDigit(p, end)) {
+    minus = _skipSign(p, end);
+    // The library would also take a sign, "inf" and "nan" here.
+    if (!_isDigit(p, end) && !(p < end && *p == '.' && _isDigit(p + 1, end))) return 0;
   }
+  // Most numbers are short, and their parts exact. Without a point there is no minus zero.
+  const char* const last = p + std::min<std::ptrdiff_t>(end - p, _maxExact + 1);
+  int64_t n = 0;
+  const char* const point = _takeDigits(p, last, n);
+  const char* const q = point < last && *point == '.' ? _takeDigits(point + 1, last, n) : point;
   if (q - p <= _maxExact && (q == end || (*q != 'e' && *q != 'E'))) {
-    if (!point) return static_cast<double>(minus ? -n : n);
+    if (q == point) return static_cast<double>(minus ? -n : n);
     const double x = static_cast<double>(n) / _powers[q - point - 1];
     return minus ? -x : x;
   }

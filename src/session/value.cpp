@@ -13,7 +13,6 @@ namespace mox {
 namespace {
 
 constexpr int maxLength = 254;
-constexpr int maxShown = 1000;   // most columns or decimals that a value asks for when it is shown
 constexpr int valueDigits = 15;  // behind the point of a computed number
 
 void _addTail(std::string& text, char type, int length, int decimals) {
@@ -109,18 +108,17 @@ void Value::setDigits(std::string_view digits, int length, int decimals) {
   setTail(length, decimals);
 }
 
-Value Value::bareNumber() const {
-  if (form_ != Form::computed && form_ != Form::integer) return ofNumber(number());
-  Value v;
-  v.form_ = Form::computed;
-  v.number_ = number_;
-  return v;
+void Value::setNumber(const Value& v) {
+  if (v.form_ != Form::computed && v.form_ != Form::integer) {
+    *this = ofNumber(v.number());
+    return;
+  }
+  form_ = Form::computed;
+  tailed_ = made_ = false;
+  number_ = v.number_;
 }
 
-std::string_view Value::content(std::string& room) const {
-  if (form_ == Form::content) return text_;
-  return room = qs2s(text());
-}
+std::string_view Value::readContent(std::string& room) const { return room = qs2s(text()); }
 
 // A quote inside is doubled in the text and behind the last character stands one. So where one
 // content begins the other, the shorter text goes on with a quote, and a quote in its place there
@@ -146,11 +144,10 @@ double Value::textNumber() const { return form_ == Form::content ? 0 : TxtToDbl(
 
 bool Value::textHolds() const { return form_ != Form::content && TxtToInt(text_) != 0; }
 
-Typ Value::typ() const {
+Typ Value::otherTyp() const {
   if (form_ == Form::truth) return {'L', 1, 0, 0};
   if (form_ == Form::content) return {'C', static_cast<int>(text_.size()), 0, 0};
-  if (!tailed_) return GetTyp(text());
-  return {'N', std::clamp(length_, 0, maxShown), std::clamp(decimals_, 0, maxShown), 0};
+  return GetTyp(text());
 }
 
 void Value::makeText() const {

@@ -19,6 +19,8 @@
 
 namespace mox {
 
+constexpr int maxShown = 1000;  // most columns or decimals that a value asks for when it is shown
+
 struct Typ {
   char type = 'N';  // C, N or L; or whatever letter stands in a VTLD tail
   int length = 0;
@@ -41,7 +43,7 @@ class Value {
   }
   Value& operator=(Value&& v) noexcept {
     copyState(v);
-    if (hasText()) text_.swap(v.text_);
+    if (hasText()) text_ = std::move(v.text_);
     return *this;
   }
 
@@ -60,7 +62,6 @@ class Value {
   }
   // A number that was computed, without a tail as yet: its text is FmtSci of 15 decimals.
   static Value ofNumber(double x);
-  Value bareNumber() const;  // the same of the number of this value
   // A number that was read: its text has these digits.
   static Value ofDigits(std::string_view digits, int length, int decimals) {
     Value v;
@@ -87,6 +88,7 @@ class Value {
     length_ = length;
     decimals_ = decimals;
   }
+  void setNumber(const Value& v);  // of another value, as ofNumber
   void setTruth(bool truth) {
     form_ = Form::truth;
     tailed_ = made_ = false;
@@ -100,14 +102,17 @@ class Value {
   }
   // The content of a quoted string; of any other value its text, a lone quote ending it. The room
   // holds it when the value doesn't.
-  std::string_view content(std::string& room) const;
+  std::string_view content() const { return text_; }  // of one that isContent
+  std::string_view content(std::string& room) const {
+    return form_ == Form::content ? std::string_view(text_) : readContent(room);
+  }
   double number() const { return isKnown() ? number_ : textNumber(); }
   // The same, of a quoted string that of its content.
   double numberInside() const;
   // True when the integer that the text begins with isn't 0. A computed number begins with a digit
   // other than 0.
   bool holds() const { return form_ > Form::digits ? number_ != 0 : textHolds(); }
-  Typ typ() const;
+  Typ typ() const { return tailed_ ? Typ{'N', shown(length_), shown(decimals_), 0} : otherTyp(); }
   bool isQuoted() const {
     return form_ == Form::content || (form_ == Form::text && text_.starts_with('"'));
   }
@@ -130,6 +135,10 @@ class Value {
     decimals_ = v.decimals_;
     number_ = v.number_;
   }
+  // A length or a count of decimals, as far as a value asks for it when it is shown.
+  static int shown(int n) { return n < 0 ? 0 : n > maxShown ? maxShown : n; }
+  std::string_view readContent(std::string& room) const;
+  Typ otherTyp() const;
   bool hasText() const { return form_ <= Form::digits || made_; }
   double textNumber() const;
   bool textHolds() const;

@@ -85,24 +85,28 @@ class ShownRow {
 };
 
 // The key text of a value; a logical has none. A number is one whatever stands in its text.
-std::string _keyOf(std::string_view value) {
-  if (value.empty() || value[0] == '"') return qs2s(value);
+void _keyOf(const Value& value, std::string& key) {
+  std::string room;
+  if (value.isContent() && value.content(room).find('"') == std::string_view::npos) {
+    key = value.content(room);
+    return;
+  }
+  const std::string_view text = std::string_view(value.text()).substr(0, maxKeyValue);
+  key = qs2s(text);
+  if (text.empty() || text[0] == '"') return;
   const ErrorSlot slot = TakeErr();
-  const char type = GetTyp(value).type;
+  if (GetTyp(text).type == 'L') key.clear();
   PutErr(slot);
-  return type == 'L' ? std::string() : qs2s(value);
 }
 
-// Runs a key expression on the current record: 0 with its value, or -1. The run has the error slot
-// for itself: what it reports comes behind an error that was there before.
-int _runKey(const Key& key, std::string& value) {
+// Runs a key expression on the current record: its value, or null. The run has the error slot for
+// itself: what it reports comes behind an error that was there before.
+const Value* _runKey(const Key& key) {
   const FirstErr first;
-  if (key.run(value) != 0 || errnum != errNone) {
-    if (errnum == errNone) SynErr("");
-    return -1;
-  }
-  if (value.size() > maxKeyValue) value.resize(maxKeyValue);
-  return 0;
+  const Value* const value = key.run();
+  if (value && errnum == errNone) return value;
+  if (errnum == errNone) SynErr("");
+  return nullptr;
 }
 
 // Reports why a change of an index failed.
@@ -138,6 +142,12 @@ std::vector<KeyMove> _indexesOf(const DbArea& of) {
     }
   });
   return moves;
+}
+
+bool _hasIndex(const DbArea& of) {
+  bool has = false;
+  _eachUser(of.table, [&](const DbArea& a) { has |= a.ndxs > 0; });
+  return has;
 }
 
 // Runs an operation on the index of each move: 0, or -1 after a report.
@@ -240,10 +250,10 @@ int _replace(int area, bool mayLack) {
 // What INDEX ON needs of the first record's value. False after a report.
 bool _keyShape(const std::string& expr, Typ& typ) {
   const Key key = g_makeKey(expr);
-  std::string value;
-  if (key.compile() != 0 || key.run(value) != 0) SynErr(expr);
+  const Value* const value = key.compile() == 0 ? key.run() : nullptr;
+  if (!value) SynErr(expr);
   if (errnum != errNone) return false;
-  typ = GetTyp(value.substr(0, maxKeyValue));
+  typ = GetTyp(std::string_view(value->text()).substr(0, maxKeyValue));
   if (typ.type != 'C' && typ.type != 'N')
     SetErr("INDEX KEY IS NEITHER CHARACTER NOR NUMERIC", expr);
   else if (typ.type == 'C' && (typ.length < 1 || typ.length > maxKeyLen))
@@ -259,16 +269,17 @@ void _sayIndexed(int count) { std::printf("%05d RECORDS INDEXED\n", count); }
 // that is made anew gets the keys that changes of its records give it.
 int _addRecords(NdxFile& x, bool talk, bool anew) {
   int count = 0;
-  std::string value;
+  std::string keyText;
   for (; !dbEOF(selectedArea); dbSkip(selectedArea, 1)) {
     const ErrorSlot slot = TakeErr();
     std::optional<ShownRow> shown;
     if (anew) shown.emplace(dbAreaOf(selectedArea).table);
-    const bool made = x.file->key.compile() == 0 && _runKey(x.file->key, value) == 0;
+    const Value* const value = x.file->key.compile() == 0 ? _runKey(x.file->key) : nullptr;
     if (errnum == errTold || ReadHasFailed()) return -1;
     PutErr(slot);
-    if (!made) continue;
-    const int added = ndxAdd(x, dbRECNO(selectedArea), _keyOf(value));
+    if (!value) continue;
+    _keyOf(*value, keyText);
+    const int added = ndxAdd(x, dbRECNO(selectedArea), keyText);
     if (added != 0) return _indexFailed(x, added);
     if (++count % progressStep == 0 && talk) _sayIndexed(count);
   }
@@ -323,10 +334,9 @@ bool dbNdxDamaged(NdxFile& x) {
 
 int dbKeyText(NdxFile& x, std::string& key) {
   key.clear();
-  std::string value;
-  if (!x.file || _runKey(x.file->key, value) != 0) return -1;
-  key = _keyOf(value);
-  return 0;
+  const Value* const value = x.file ? _runKey(x.file->key) : nullptr;
+  if (value) _keyOf(*value, key);
+  return value ? 0 : -1;
 }
 
 int dbMasterTo(DbArea& a, int recno) {
@@ -373,7 +383,7 @@ std::string dbNdxExpr(int area, int slot) {
 
 void dbHold(int area) {
   DbfTable& t = dbAreaOf(area).table;
-  if (_indexesOf(dbAreaOf(area)).empty()) dbfHold(t);
+  if (!_hasIndex(dbAreaOf(area))) dbfHold(t);
 }
 
 int dbLetGo(int area) {
@@ -388,7 +398,7 @@ int dbReplaceLater(int area) {
   const int place = static_cast<int>(&dbAreaOf(area) - db);
   if (g_late && place != _late.area) dbPut();
   if (errnum != errNone) return -1;
-  if (!g_late && _indexesOf(db[place]).empty()) {
+  if (!g_late && !_hasIndex(db[place])) {
     g_late = true;
     _late = {place, 0, 0, LateClock::now()};
     dbHold(place);
@@ -399,7 +409,10 @@ int dbReplaceLater(int area) {
 }
 
 void dbPut() {
-  if (std::exchange(g_late, false)) dbLetGo(_late.area);
+  if (!std::exchange(g_late, false)) return;
+  const ErrorSlot later = TakeErr();  // of a statement behind those whose records were held
+  dbLetGo(_late.area);
+  if (errnum == errNone) PutErr(later);
 }
 
 void dbTick() {

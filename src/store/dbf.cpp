@@ -65,13 +65,21 @@ bool _dbfGet(DbfTable& t, int recno, std::string& row) {
 
 // The record is read when somebody looks at it. Of one that the file hasn't, row keeps what it
 // held.
-void _dbfRead(DbfTable& t) {
+void _dbfArrive(DbfTable& t, bool has) {
   t.changing = t.adding = false;
-  t.eof = !_dbfHas(t, t.recno);
-  if (t.eof)
-    _dbfGet(t, t.recno, t.row);
-  else
+  t.eof = !has;
+  if (has)
     t.stale = true;
+  else
+    _dbfGet(t, t.recno, t.row);
+}
+
+void _dbfRead(DbfTable& t) { _dbfArrive(t, _dbfHas(t, t.recno)); }
+
+void _dbfFetch(DbfTable& t) {
+  t.stale = false;
+  t.seen = t.file->changes;
+  if (t.recno >= 1 && _dbfHas(t, t.recno)) t.stale = !_dbfGet(t, t.recno, t.row);
 }
 
 bool _dbfUpdHdr(DbfTable& t) {
@@ -177,9 +185,11 @@ int _dbfReadHeader(DbfTable& t) {
 int _dbfMove(DbfTable& t, long long target) {
   t.eof = true;
   if (target < 1 || target > t.file->rmax) return dbfOutside;
-  if (!_dbfHas(t, static_cast<int>(target))) dbfRow(t);  // which row then keeps
-  t.recno = static_cast<int>(target);
-  _dbfRead(t);
+  const int recno = static_cast<int>(target);
+  const bool has = _dbfHas(t, recno);
+  if (!has) dbfRow(t);  // which row then keeps
+  t.recno = recno;
+  _dbfArrive(t, has);
   return 0;
 }
 
@@ -293,15 +303,17 @@ int dbfCreate(DbfTable& t, std::string_view filename) {
   t.typ.fill('C');
   t.eof = t.dirty = true;
   _dbfLayout(t);
-  if (_dbfUpdHdr(t) && _dbfPutEndMark(t)) return 0;
-  t = DbfTable{};
-  return dbfCantWrite;
+  return dbfFld(t, 0, "", ' ', 0, 0);
 }
 
 int dbfFld(DbfTable& t, int number, std::string_view name, char type, int width, int decimals) {
   if (!t.file) return dbfClosed;
   if (number < 0 || number > maxFields) return -2;
-  if (number == 0) return _dbfUpdHdr(t) && _dbfPutEndMark(t) ? 0 : dbfCantWrite;
+  if (number == 0) {  // which is held: dbfClose tells a refusal
+    _dbfUpdHdr(t);
+    _dbfPutEndMark(t);
+    return 0;
+  }
   int i = number - 1;
   t.names[i] = strUpper(name.substr(0, maxFieldName));
   trim(t.names[i]);
@@ -325,9 +337,7 @@ int dbfCreateFrom(DbfTable& t, std::string_view filename, const DbfTable& source
     int i = fldno(source, name);
     if (i >= 0) dbfFld(t, ++number, source.names[i], source.typ[i], source.len[i], source.dec[i]);
   }
-  if (dbfFld(t, 0, "", ' ', 0, 0) == 0) return 0;
-  t = DbfTable{};
-  return -1;
+  return dbfFld(t, 0, "", ' ', 0, 0);
 }
 
 int dbfOpen(DbfTable& t, std::string_view filename, bool keep) {
@@ -386,11 +396,7 @@ void dbfOnNone(DbfTable& t) {
 bool dbfOnRecord(DbfTable& t) { return _inRange(t) && _dbfHas(t, t.recno); }
 
 std::string& dbfRow(DbfTable& t) {
-  const bool old = t.stale || (!t.changing && t.file && t.seen != t.file->changes);
-  if (!old) return t.row;
-  t.stale = false;
-  t.seen = t.file->changes;
-  if (t.recno >= 1 && _dbfHas(t, t.recno)) t.stale = !_dbfGet(t, t.recno, t.row);
+  if (t.stale || (!t.changing && t.file && t.seen != t.file->changes)) _dbfFetch(t);
   return t.row;
 }
 

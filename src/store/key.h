@@ -6,13 +6,16 @@
 #include <functional>
 #include <string>
 
+#include "session/value.h"
+
 namespace mox {
 
 struct Key {
   // Makes ready to run, again and again if need be: 0, or -1 when the text is no expression.
   std::function<int()> compile;
-  // Runs on the current record: 0 with its value, or -1. An error is left in the error slot.
-  std::function<int(std::string& value)> run;
+  // Runs on the current record: its value, which holds until the next run, or null. An error is
+  // left in the error slot.
+  std::function<const Value*()> run;
 };
 
 // Makes a key expression of its text. Set once, before an index is opened.

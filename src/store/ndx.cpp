@@ -3,6 +3,7 @@
 #include "store/ndx.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "store/ndx_trace.h"
@@ -39,22 +40,6 @@ void _pop(NdxFile& x) {
   x.Ino.pop_back();
 }
 
-// Takes the page onto the cursor: the page, or null when it is no page of the tree or is already
-// on the way from the root.
-NdxNode* _push(NdxFile& x, int no, int item) {
-  NdxNode* const node = NodeRead(*x.file, no);
-  if (!node) return nullptr;
-  if (x.Nno.size() == maxLevels || std::find(x.Nno.begin(), x.Nno.end(), no) != x.Nno.end()) {
-    x.file->damaged = true;
-    return nullptr;
-  }
-  x.Nno.push_back(no);
-  x.Ino.push_back(item);
-  return node;
-}
-
-NdxNode* _top(NdxFile& x) { return NodeRead(*x.file, x.Nno.back()); }
-
 // Sign and exponent decide before the digits; of negative numbers the larger form is the lower.
 int _cmpNumbers(const char* a, const char* b, int keylen) {
   const auto first = [](const char* p) { return static_cast<unsigned char>(*p); };
@@ -66,11 +51,89 @@ int _cmpNumbers(const char* a, const char* b, int keylen) {
   return sign ? -order : order;
 }
 
-// Compares a search key, which is zero-terminated, with the key of an item.
-int _ndxCmp(const NdxPages& f, const std::string& key, const char* item, int n) {
-  if (f.type == 'N') return _cmpNumbers(key.c_str(), item, f.keylen);
-  return std::strncmp(key.c_str(), item, static_cast<size_t>(std::min(n, f.keylen)));
+// The first eight bytes of a key as a number; a page is long enough for them behind any item.
+constexpr size_t headSize = 8;
+std::uint64_t _head(const char* key) {
+  const auto* const p = reinterpret_cast<const unsigned char*>(key);
+  const auto four = [](const unsigned char* b) {
+    return static_cast<std::uint32_t>(b[0]) << 24 | b[1] << 16 | b[2] << 8 | b[3];
+  };
+  return static_cast<std::uint64_t>(four(p)) << 32 | four(p + 4);
 }
+
+// A key that is sought. A character key that is shorter than what it is compared with is below all
+// that it begins.
+struct Sought {
+  Sought(const NdxPages& f, std::string_view key, int n)
+      : number(f.type == 'N'), length(f.keylen), text(key) {
+    const auto most = static_cast<size_t>(std::clamp(n, 0, f.keylen));
+    if (!number) text = text.substr(0, most);
+    isShort = text.size() < most;
+    char first[headSize] = {}, known[headSize] = {};
+    std::copy_n(text.data(), std::min(text.size(), headSize), first);
+    std::fill_n(known, std::min(text.size(), headSize), '\xFF');
+    head = _head(first);
+    mask = _head(known);
+  }
+  // Sign of the comparison with an item's key.
+  int compare(const char* item) const {
+    if (number) return _cmpNumbers(text.data(), item, length);
+    const std::uint64_t other = _head(item) & mask;
+    if (head != other) return head < other ? -1 : 1;
+    if (text.size() > headSize)
+      if (const int order =
+              std::memcmp(text.data() + headSize, item + headSize, text.size() - headSize))
+        return order;
+    return isShort && item[text.size()] != 0 ? -1 : 0;
+  }
+  // The first item of the page that is above the key, or with equals the first not below it.
+  int place(const NdxNode& node, bool equals) const {
+    const bool halves = node.order > 0;
+    const char* const keys = NodeKey(node, 0);
+    int from = 0, to = node.count;
+    while (from < to) {
+      const int i = halves ? (from + to) / 2 : from, order = compare(keys + i * node.itmlen);
+      if (order > 0 || (order == 0 && !equals))
+        from = i + 1;
+      else
+        to = i;
+    }
+    return from;
+  }
+  bool number, isShort;
+  int length;
+  std::uint64_t head, mask;
+  std::string_view text;
+};
+
+// Looks at the order of the items from first to last, and so at that of a page of which the others
+// ascend.
+void _noteOrder(const NdxPages& f, NdxNode& node, int first, int last) {
+  if (node.order == 0) node.order = 1;
+  for (int i = std::max(first, 0); i < std::min(last, node.count - 1); ++i) {
+    const std::string_view key(NodeKey(node, i), static_cast<size_t>(f.keylen));
+    if (Sought(f, key, maxKeyLen).compare(NodeKey(node, i + 1)) > 0) node.order = -1;
+  }
+}
+
+// Takes the page onto the cursor: the page, or null when it is no page of the tree or is already
+// on the way from the root.
+NdxNode* _push(NdxFile& x, int no, int item) {
+  NdxNode* const node = NodeRead(*x.file, no);
+  if (!node) return nullptr;
+  bool again = x.Nno.size() == maxLevels;
+  for (const int above : x.Nno) again |= above == no;
+  if (again) {
+    x.file->damaged = true;
+    return nullptr;
+  }
+  if (node->order == 0) _noteOrder(*x.file, *node, 0, node->count);
+  x.Nno.push_back(no);
+  x.Ino.push_back(item);
+  return node;
+}
+
+NdxNode* _top(NdxFile& x) { return NodeRead(*x.file, x.Nno.back()); }
 
 int _ndxTop(NdxFile& x) {
   _clear(x);
@@ -147,43 +210,44 @@ int _ndxBak(NdxFile& x) {
   return _lost(x);
 }
 
-int _ndxFind(NdxFile& x, int n, const std::string& key) {
+int _ndxFind(NdxFile& x, const Sought& key) {
   _clear(x);
   for (int no = x.file->root; no != 0;) {
     const NdxNode* const node = _push(x, no, 0);
     if (!node) return _lost(x);
     if (node->count == 0 && node->nxt == 0) return ndxEmpty;
-    no = node->nxt;
-    for (int& i = x.Ino.back(); i < node->count; ++i) {
-      const int order = _ndxCmp(*x.file, key, NodeKey(*node, i), n);
-      if (order > 0) continue;
-      const int child = NodePll(*node, i);
-      if (child == 0) return order == 0 ? NodeRno(*node, i) : ndxFail;
-      no = child;
-      break;
-    }
+    const int i = x.Ino.back() = key.place(*node, true);
+    no = i < node->count ? NodePll(*node, i) : node->nxt;
+    if (no == 0 && i < node->count && key.compare(NodeKey(*node, i)) == 0) return NodeRno(*node, i);
   }
   return ndxFail;
 }
 
-int _ndxFindRno(NdxFile& x, int rno, const std::string& key) {
-  for (int found = _ndxFind(x, maxKeyLen, key); found >= 0; found = _ndxFwd(x)) {
+// Equal keys are walked page by page.
+int _ndxFindRno(NdxFile& x, int rno, std::string_view text) {
+  const Sought key(*x.file, text, maxKeyLen);
+  for (int found = _ndxFind(x, key); found >= 0; found = _ndxFwd(x)) {
     const NdxNode* const node = _top(x);
-    if (_ndxCmp(*x.file, key, NodeKey(*node, x.Ino.back()), maxKeyLen) != 0) return 1;
-    if (found == rno) return 0;
+    int& i = x.Ino.back();
+    if (key.compare(NodeKey(*node, i)) != 0) return 1;
+    const int end = node->order > 0 ? key.place(*node, false) : i + 1;
+    for (; i < end && NodePll(*node, i) == 0; ++i, ++x.walked)
+      if (NodeRno(*node, i) == rno) return 0;
+    --i, --x.walked;
   }
   return 2;
 }
 
 // Puts the cursor where a key goes that is added: on the first item with a higher key, or behind
 // the last item of the last leaf. Below a page whose nxt is gone that leaf hangs on the last item.
-int _seekPlace(NdxFile& x, const std::string& key) {
+int _seekPlace(NdxFile& x, std::string_view text) {
+  const Sought key(*x.file, text, maxKeyLen);
   _clear(x);
   for (int no = x.file->root;;) {
     const NdxNode* const node = _push(x, no, 0);
     if (!node) return _lost(x);
     int& i = x.Ino.back();
-    while (i < node->count && _ndxCmp(*x.file, key, NodeKey(*node, i), maxKeyLen) >= 0) ++i;
+    i = key.place(*node, false);
     no = node->nxt;
     if (i == node->count && no == 0 && i > 0 && NodePll(*node, i - 1) != 0) --i;
     if (i < node->count) no = NodePll(*node, i);
@@ -197,9 +261,7 @@ bool SplitNode(NdxFile& x, NdxNode& node, NdxItem& left, NdxItem& right) {
   NdxPages& f = *x.file;
   NdxNode* const upper = NodeNew(f);
   if (!upper) return false;
-  const int kept = node.count / 2;
-  for (int i = kept; i < node.count; ++i) NodeInsX(*upper, i - kept, NodeGetX(node, i));
-  node.count = kept;
+  NodeMoveX(node, node.count / 2, *upper);
   upper->nxt = node.nxt;
   node.nxt = 0;
   NodeWrite(f, node);
@@ -221,17 +283,21 @@ bool NewRoot(NdxFile& x, const NdxItem& left, const NdxItem& right) {
   return true;
 }
 
+void _setItem(const NdxPages& f, NdxNode& node, int i, const NdxItem& item) {
+  NodeSetX(node, i, item);
+  _noteOrder(f, node, i - 1, i + 1);
+}
+
 // Carries the highest key of the cursor's page into the items above that stand for it.
 void _raiseKeys(NdxFile& x) {
   for (const NdxNode* child = _top(x); x.Nno.size() > 1 && child->nxt == 0;) {
-    const NdxItem last = NodeGetX(*child, child->count - 1);
     _pop(x);
     NdxNode* const node = _top(x);
     const int i = x.Ino.back();
     if (i >= node->count) return;  // reached through nxt, which needs no key
-    NdxItem item = NodeGetX(*node, i);
-    if (item.rno == last.rno && item.key == last.key) return;
-    NodeSetX(*node, i, {item.pll, last.rno, last.key});
+    if (NodeSameX(*node, i, *child, child->count - 1)) return;
+    const NdxItem last = NodeGetX(*child, child->count - 1);
+    _setItem(*x.file, *node, i, {NodePll(*node, i), last.rno, last.key});
     NodeWrite(*x.file, *node);
     if (i + 1 < node->count) return;
     child = node;
@@ -244,6 +310,7 @@ int insertkey(NdxFile& x, NdxItem item) {
   for (;;) {
     NdxNode& node = *_top(x);
     NodeInsX(node, x.Ino.back(), item);
+    if (item.pll != 0) _noteOrder(f, node, x.Ino.back() - 1, x.Ino.back() + 1);
     NodeWrite(f, node);
     if (node.count <= f.maxitms) break;
     NdxItem right;
@@ -253,7 +320,7 @@ int insertkey(NdxFile& x, NdxItem item) {
     _pop(x);
     NdxNode& above = *_top(x);
     if (x.Ino.back() < above.count)
-      NodeSetX(above, x.Ino.back(), right);
+      _setItem(f, above, x.Ino.back(), right);
     else
       above.nxt = right.pll;
   }
@@ -261,10 +328,12 @@ int insertkey(NdxFile& x, NdxItem item) {
   return 0;
 }
 
-int _ndxAdd(NdxFile& x, int rno, const std::string& key) {
+int _ndxAdd(NdxFile& x, int rno, std::string_view key) {
   ++x.file->version;
   int result = _seekPlace(x, key);
-  if (result == 0) result = insertkey(x, {0, rno, key});
+  NdxItem item{0, rno, {}};
+  std::copy(key.begin(), key.end(), item.key.begin());
+  if (result == 0) result = insertkey(x, item);
   if (result != 0) ndxDrop(x);
   _clear(x);
   return result;
@@ -295,7 +364,7 @@ bool _unlink(NdxFile& x) {
   return last;
 }
 
-int _ndxDel(NdxFile& x, int rno, const std::string& key) {
+int _ndxDel(NdxFile& x, int rno, std::string_view key) {
   if (_ndxFindRno(x, rno, key) != 0) return ndxFail;
   ++x.file->version;
   const int i = x.Ino.back();
@@ -356,8 +425,7 @@ int ndxFind(NdxFile& x, int length, std::string_view text) {
       [&]() -> int {
         if (!x.file) return ndxFail;
         const bool number = x.file->type == 'N';
-        return _ndxFind(x, length,
-                        number ? formatkey(*x.file, text) : std::string(text.substr(0, maxKeyLen)));
+        return _ndxFind(x, Sought(*x.file, number ? formatkey(*x.file, text) : text, length));
       });
 }
 
@@ -373,7 +441,8 @@ int ndxDel(NdxFile& x, int rno, std::string_view text) {
 
 int ndxDelRno(NdxFile& x, int rno) {
   if (!x.file || !ndxHasRno(x, rno)) return ndxFail;
-  return _ndxDel(x, rno, NodeGetX(*_top(x), x.Ino.back()).key);
+  const NdxItem item = NodeGetX(*_top(x), x.Ino.back());
+  return _ndxDel(x, rno, {item.key.data(), static_cast<size_t>(x.file->keylen)});
 }
 
 }  // namespace mox

@@ -187,15 +187,16 @@ const char* NodeKey(const NdxNode& node, int i) {
 }
 
 NdxItem NodeGetX(const NdxNode& node, int i) {
-  return {NodePll(node, i), NodeRno(node, i),
-          std::string(NodeKey(node, i), static_cast<size_t>(node.itmlen - inKey))};
+  NdxItem item{NodePll(node, i), NodeRno(node, i), {}};
+  std::memcpy(item.key.data(), NodeKey(node, i), static_cast<size_t>(node.itmlen - inKey));
+  return item;
 }
 
 void NodeSetX(NdxNode& node, int i, const NdxItem& item) {
   unsigned char* p = _item(node, i);
   put2(p, item.pll);
   put2(p + inRno, item.rno);
-  std::memcpy(p + inKey, item.key.data(), item.key.size());
+  std::memcpy(p + inKey, item.key.data(), static_cast<size_t>(node.itmlen - inKey));
 }
 
 void NodeInsX(NdxNode& node, int i, const NdxItem& item) {
@@ -205,15 +206,26 @@ void NodeInsX(NdxNode& node, int i, const NdxItem& item) {
   NodeSetX(node, i, item);
 }
 
+bool NodeSameX(const NdxNode& a, int i, const NdxNode& b, int j) {
+  return std::memcmp(NodeItem(a, i) + inRno, NodeItem(b, j) + inRno,
+                     static_cast<size_t>(a.itmlen - inRno)) == 0;
+}
+
+void NodeMoveX(NdxNode& node, int i, NdxNode& to) {
+  to.count = node.count - i;
+  to.order = node.order;
+  std::memcpy(_item(to, 0), _item(node, i), static_cast<size_t>(to.count) * node.itmlen);
+  node.count = i;
+}
+
 void delItm(NdxNode& node, int i) {
   --node.count;
   std::memmove(_item(node, i), _item(node, i + 1),
                static_cast<size_t>(node.count - i) * node.itmlen);
 }
 
-NdxNode* NodeRead(NdxPages& f, int no) {
+NdxNode* NodeLoad(NdxPages& f, int no) {
   if (no >= rootPage && no < f.pages) {
-    if (static_cast<size_t>(no) < f.node.size() && f.node[no]) return f.node[no].get();
     unsigned char bytes[ndxPageSize];
     if (_get(f, no, bytes) && get1(bytes) <= f.maxitms) {
       NdxNode& node = _keep(f, no);
@@ -251,18 +263,17 @@ void HdrWrite(NdxPages& f) {
   put2(&f.header[atPages], f.pages);
 }
 
-std::string formatkey(const NdxPages& f, std::string_view text) {
-  if (f.type == 'N') {
-    double x = TxtToDbl(text);
-    if (x == 0) x = 0;  // a zero has no sign
-    const Bcd6 form = d2bcd6(x);
-    std::string key(form.begin(), form.end());
-    key.resize(static_cast<size_t>(f.keylen));  // a damaged header may tell another length
-    return key;
-  }
-  std::string key(text.substr(0, static_cast<size_t>(f.keylen)));
-  key.resize(static_cast<size_t>(f.keylen), ' ');
-  return key;
+std::string_view formatkey(NdxPages& f, std::string_view text) {
+  const auto length = static_cast<size_t>(f.keylen);
+  f.made.assign(text, 0, length);
+  f.made.resize(length, ' ');
+  if (f.type != 'N') return f.made;
+  double x = TxtToDbl(text);
+  if (x == 0) x = 0;  // a zero has no sign
+  const Bcd6 form = d2bcd6(x);
+  f.made.assign(form.begin(), form.end());
+  f.made.resize(length);  // a damaged header may tell another length
+  return f.made;
 }
 
 int ndxOpen(NdxFile& x, std::string_view filename, bool keep) {

@@ -71,6 +71,7 @@ struct NdxNode {
   int count = 0;
   int nxt = 0;
   int itmlen = 0;
+  int order = 0;         // of the keys: 1 ascending, -1 not (a damaged page), 0 not looked at
   bool changed = false;  // not yet handed to the operating system
   std::array<unsigned char, ndxPageSize + maxKeyLen + 4> data{};
   std::array<unsigned char, ndxPageSize> settled{};  // as the file had it before the changes
@@ -79,7 +80,7 @@ struct NdxNode {
 struct NdxItem {
   int pll = 0;
   int rno = 0;
-  std::string key;
+  std::array<char, maxKeyLen> key;  // of the key length
 };
 
 // One open file.
@@ -97,6 +98,7 @@ struct NdxPages {
   int maxitms = 0;   // most items that a page holds
   std::string expr;  // key expression
   Key key;           // the same, compiled at open
+  std::string made;  // by formatkey
   std::array<unsigned char, ndxPageSize> header{};
   std::array<unsigned char, ndxPageSize> settledHeader{};
   bool hdrChanged = false;
@@ -116,7 +118,11 @@ struct NdxPages {
 
 // Pages (ndx_page.cpp). NodeRead gives the page, or null with a note of the damage. A page that
 // was changed goes through NodeWrite; the pointer holds until the next outer operation.
-NdxNode* NodeRead(NdxPages& f, int no);
+NdxNode* NodeLoad(NdxPages& f, int no);  // from the file
+inline NdxNode* NodeRead(NdxPages& f, int no) {
+  NdxNode* const node = static_cast<size_t>(no) < f.node.size() ? f.node[no].get() : nullptr;
+  return node && no < f.pages ? node : NodeLoad(f, no);
+}
 void NodeWrite(NdxPages& f, NdxNode& node);
 // A new, empty page with the next free number, or null when there is none.
 NdxNode* NodeNew(NdxPages& f);
@@ -126,12 +132,15 @@ int NodeRno(const NdxNode& node, int i);
 const char* NodeKey(const NdxNode& node, int i);  // key length bytes, no terminator
 NdxItem NodeGetX(const NdxNode& node, int i);
 void NodeSetX(NdxNode& node, int i, const NdxItem& item);
-void NodeInsX(NdxNode& node, int i, const NdxItem& item);  // the items from i on move up
-void delItm(NdxNode& node, int i);                         // the items behind i move down
-void HdrWrite(NdxPages& f);                                // root and pages to the header
+void NodeInsX(NdxNode& node, int i, const NdxItem& item);          // the items from i on move up
+bool NodeSameX(const NdxNode& a, int i, const NdxNode& b, int j);  // record and key are the same
+void NodeMoveX(NdxNode& node, int i, NdxNode& to);  // those items become another page's
+void delItm(NdxNode& node, int i);                  // the items behind i move down
+void HdrWrite(NdxPages& f);                         // root and pages to the header
 
-// The full key of a text; for a numeric index the text begins with the number.
-std::string formatkey(const NdxPages& f, std::string_view text);
+// The full key of a text, until the next is made; for a numeric index the text begins with the
+// number.
+std::string_view formatkey(NdxPages& f, std::string_view text);
 
 // The file of this name, if it is open as an index.
 std::shared_ptr<NdxPages> ndxFindOpen(const std::string& name);
