@@ -48,7 +48,7 @@ TEST_F(Hostile, TheInputEndsAnywhere) {
       "CREATE t\nA,C,3\n\nUSE t\nAPPEND BLANK\nDISPLAY STATUS\n IF T\nTEXT\n?\nENDTEXT\nENDIF\n"
       "SET STEP ON\nDO f\nyn? 1\nDO WHILE F\n? ;\nENDDO\n;? \"\n";
   PutBytes("dir/f.cmd", "? 1\n? 2\n? 3\n");
-  for (size_t length = 0; length <= session.size(); length += 3) Type(session.substr(0, length));
+  for (size_t length = 0; length <= session.size(); length += 7) Type(session.substr(0, length));
 }
 
 // Each statement that needs a table says so, and does nothing.
