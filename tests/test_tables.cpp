@@ -22,12 +22,12 @@ class Tables : public testing::Test {
     DbfTable t;
     ASSERT_EQ(0, dbfCreate(t, name));
     dbfFld(t, 1, "NUM", 'N', 6, 0);
-    dbfFld(t, 2, "KEY", 'C', 5, 0);
+    dbfFld(t, 2, "KEY", 'C', 13, 0);
     ASSERT_EQ(0, dbfFld(t, 0, "", ' ', 0, 0));
     for (int i = 1; i <= records; ++i) {
       ASSERT_EQ(0, dbfAppend(t));
       fldput(t, 0, std::to_string(i));
-      fldput(t, 1, std::to_string(random() % (records + 1)));
+      fldput(t, 1, "the same" + std::to_string(random() % (records + 1)));
       ASSERT_EQ(0, dbfReplace(t));
     }
     ASSERT_EQ(0, dbfClose(t));
@@ -53,7 +53,7 @@ TEST_F(Tables, SortOfAnySize) {
     ASSERT_EQ(0, dbOpen(0, "T"));
     ASSERT_EQ(0, MoxSort("KEY", "S", n % 2 ? sortDescending : sortAscending));
     Lines all = Records("T.dbf"), sorted = Records("S.dbf");
-    const auto key = [](const std::string& row) { return row.substr(7, 5); };
+    const auto key = [](const std::string& row) { return row.substr(7, 13); };
     EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.end(), [&](const auto& a, const auto& b) {
       return n % 2 ? key(a) > key(b) : key(a) < key(b);
     })) << n;
@@ -61,8 +61,8 @@ TEST_F(Tables, SortOfAnySize) {
     std::sort(sorted.begin(), sorted.end());
     EXPECT_TRUE(all == sorted) << n;
     const size_t stand = n > 8 ? 2 * n : n;
-    EXPECT_EQ(dbfHeaderSize + stand * 12 + 1, fs::file_size("S.dbf"));
-    EXPECT_EQ(0x1A, Bytes("S.dbf")[dbfHeaderSize + n * 12]);
+    EXPECT_EQ(dbfHeaderSize + stand * 20 + 1, fs::file_size("S.dbf"));
+    EXPECT_EQ(0x1A, Bytes("S.dbf")[dbfHeaderSize + n * 20]);
   }
 }
 
@@ -96,17 +96,17 @@ TEST_F(Tables, CopiesAndQuotedFields) {
   EXPECT_EQ(0, dbCopyData(0, {"KEY"}, "C"));
   EXPECT_EQ(4, dbRECNO(0));
   EXPECT_EQ(4u, Records("C.dbf").size());
-  EXPECT_NE(std::string(6, ' '), Records("C.dbf")[0]);
+  EXPECT_NE(std::string(14, ' '), Records("C.dbf")[0]);
   DbfTable t, copy;
   ASSERT_EQ(0, dbfOpen(t, "T"));
   fldput(t, 1, "a\"b");
-  EXPECT_EQ("     1|\"a\"\"b  \"|\"\"",
+  EXPECT_EQ("     1|\"a\"\"b          \"|\"\"",
             fldgetqs(t, 0) + '|' + fldgetqs(t, 1) + '|' + fldgetqs(t, 2));
   ASSERT_EQ(0, dbfCreateFrom(copy, "copy", t, {"KEY", "NONE"}));
   EXPECT_EQ(0, dbfAppend(copy));
   EXPECT_EQ(0, dbfCpyRowToFm(copy, t, {}));
   EXPECT_EQ(-2, dbfCpyRowToFm(copy, *std::make_unique<DbfTable>(), {}));
-  EXPECT_EQ(" a\"b  ", dbfRow(copy));
+  EXPECT_EQ(" a\"b          ", dbfRow(copy));
 }
 
 }  // namespace
