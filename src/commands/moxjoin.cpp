@@ -73,10 +73,11 @@ int createDbf(const std::string& path, const std::vector<JoinField>& fields, Dbf
 }
 
 int _addPair(DbfTable& t, const std::vector<JoinField>& fields) {
-  if (const int result = dbfAppend(t); result != 0) return result;
+  if (const int result = dbfBegin(t); result != 0) return result;
   int to = 0;
   for (const JoinField& f : fields) fldput(t, to++, dbVal(f.area, f.field));
-  return dbfReplace(t);
+  const int result = dbfReplace(t);
+  return result == 0 ? dbfCount(t) : result;
 }
 
 // The fields of a condition "field of one area = field of the other"; a text when the left one is.
@@ -97,6 +98,8 @@ std::optional<JoinField> _fieldRead(const Program& p, size_t at) {
   return field < 0 ? std::nullopt : std::optional(JoinField{area, field});
 }
 
+bool _isText(int area, int field) { return dbTyp(area, field) != 'N' && dbTyp(area, field) != 'L'; }
+
 std::optional<Equality> _equality(const Program& p) {
   constexpr size_t steps = 8;  // two fields, CMP, END
   if (p.size() != steps || p[6].core != Core::CMP || p[6].operand() != "EQ" || g_opt[optR1])
@@ -106,7 +109,7 @@ std::optional<Equality> _equality(const Program& p) {
   if (!left || !right || left->area + right->area != primary + secondary ||
       left->area == right->area)
     return std::nullopt;
-  Equality e{{}, dbTyp(left->area, left->field) != 'N' && dbTyp(left->area, left->field) != 'L'};
+  Equality e{{}, _isText(left->area, left->field)};
   e.fields[left->area] = left->field;
   e.fields[right->area] = right->field;
   return e;
@@ -114,6 +117,8 @@ std::optional<Equality> _equality(const Program& p) {
 
 // What two records must have in common, as the comparison of their values sees it.
 std::string _common(const Equality& e, int area) {
+  if (_isText(primary, e.fields[primary]) && _isText(secondary, e.fields[secondary]))
+    return std::string(dbVal(area, e.fields[area]));
   const std::string name = af(area, dbName(area, e.fields[area]));
   const std::string value = GetDb(name).value_or(Value()).text();
   const std::string_view bare = std::string_view(value).substr(value.starts_with('"') ? 1 : 0);
@@ -144,9 +149,7 @@ int _joinEqual(DbfTable& t, const std::vector<JoinField>& fields, const Equality
   return 0;
 }
 
-int _joinRecords(DbfTable& t, const std::vector<JoinField>& fields, Expr& condition) {
-  if (const std::optional<Equality> e = _equality(*condition.program))
-    return _joinEqual(t, fields, *e);
+int _joinPairs(DbfTable& t, const std::vector<JoinField>& fields, Expr& condition) {
   for (dbSkipTo(primary, 0); _goesOn(primary); dbSkip(primary, 1)) {
     for (dbSkipTo(secondary, 0); _goesOn(secondary); dbSkip(secondary, 1)) {
       if (!Qualifies(condition)) continue;
@@ -154,6 +157,15 @@ int _joinRecords(DbfTable& t, const std::vector<JoinField>& fields, Expr& condit
     }
   }
   return 0;
+}
+
+int _joinRecords(DbfTable& t, const std::vector<JoinField>& fields, Expr& condition) {
+  if (const std::optional<Equality> e = _equality(*condition.program))
+    return _joinEqual(t, fields, *e);
+  for (const int area : {primary, secondary}) dbKeepNumbers(area, true);
+  const int result = _joinPairs(t, fields, condition);
+  for (const int area : {primary, secondary}) dbKeepNumbers(area, false);
+  return result;
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "lang/compile.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -59,13 +60,14 @@ void saySteps(const Lines& steps) {
 // Cuts the text into steps behind those of the list, the marker replaced by colon or, when that
 // is empty, left out: cmpFailed when the list then holds limit steps.
 int _addSteps(std::string& text, const std::string& colon, size_t limit, Lines& steps) {
-  for (std::string& step : split(rm_nl(text), "\n")) {
-    if (steps.size() == limit) break;
-    if (step == sourceMarker) {
-      if (colon.empty()) continue;
-      step = colon;
-    }
-    steps.push_back(std::move(step));
+  rm_nl(text);
+  for (size_t at = 0, end; at <= text.size() && steps.size() < limit; at = end + 1) {
+    end = std::min(text.find('\n', at), text.size());
+    const std::string_view step = std::string_view(text).substr(at, end - at);
+    if (step != sourceMarker)
+      steps.emplace_back(step);
+    else if (!colon.empty())
+      steps.push_back(colon);
   }
   if (steps.size() < limit) return cmpDone;
   SetErr("OUT OF MEMORY", "");
@@ -85,18 +87,14 @@ int _compileLine(CompileState& state, bool isFile, Tokens& tokens, size_t limit,
     return cmpDone;
   }
 
-  const Tokens statement = std::exchange(tokens, {});
   int cursor = 0;
   std::string text;
-  if (!lrline(state, cursor, statement, text) || errnum) {
-    fail(state, "");
-    return cmpFailed;
-  }
-  if (cursor < statement.count() && statement.texts[cursor] != "'") {
-    fail(state, "");
-    return cmpLeftOver;
-  }
-  return _addSteps(text, colon, limit, steps);
+  const bool matches = lrline(state, cursor, tokens, text) && !errnum;
+  const bool whole = cursor == tokens.count() || tokens.texts[cursor] == "'";
+  tokens.clear();
+  if (matches && whole) return _addSteps(text, colon, limit, steps);
+  fail(state, "");
+  return matches ? cmpLeftOver : cmpFailed;
 }
 
 // SETP name, rows, columns. No statement makes this step.
@@ -106,8 +104,8 @@ void _doSetP(std::string_view operands) {
   VarDim(strUpper(word[0]), TxtToInt(word[1]), TxtToInt(word[2]));
 }
 
-bool _hasPrefix(const std::string& step, std::string_view prefix) {
-  return step.compare(0, prefix.size(), prefix) == 0;
+bool _hasPrefix(std::string_view step, std::string_view prefix) {
+  return !step.empty() && step[0] == prefix[0] && step.starts_with(prefix);
 }
 
 // Takes the labels out of the list and notes them, and declares arrays.

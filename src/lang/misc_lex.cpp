@@ -76,6 +76,12 @@ void Tokens::drop() {
   texts.back().clear();
 }
 
+void Tokens::clear() {
+  kinds.assign(1, tokEnd);
+  texts.resize(1);
+  texts[0].clear();
+}
+
 int txt2tkn(std::string_view text, int max, Tokens& tokens) {
   const int before = tokens.count();
   while (tokens.count() < max) {

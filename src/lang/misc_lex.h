@@ -40,7 +40,8 @@ struct Tokens {
 
   int count() const { return static_cast<int>(kinds.size()) - 1; }
   void add(int kind, std::string_view text);
-  void drop();  // takes the last token away
+  void drop();   // takes the last token away
+  void clear();  // takes all away
 };
 
 // Adds the tokens of the text behind those that are there, until there are max in all; tokens

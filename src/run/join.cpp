@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "run/handlers.h"
 #include "run/run_ops.h"
 #include "session/misc.h"
 #include "session/number.h"
@@ -122,12 +123,12 @@ char _pushed(std::string_view operand) {
 
 char _letter(const Step& step) {
   struct Word {
-    std::string_view word;
+    Handler handler;
     char letter;
   };
-  static constexpr Word words[] = {{"GETV", 'G'}, {"STORE", 'S'}, {"ADD", '+'},
-                                   {"SUB", '-'},  {"MUL", '*'},   {"AND", '&'},
-                                   {"OR", '|'},   {"NOT", '!'},   {"S2N", 'L'}};
+  static constexpr Word words[] = {{OpGetV, 'G'}, {OpStore, 'S'}, {OpAdd, '+'},
+                                   {OpSub, '-'},  {OpMul, '*'},   {OpAnd, '&'},
+                                   {OpOr, '|'},   {OpNot, '!'},   {OpS2N, 'L'}};
   switch (step.core) {
     case Core::CMP: return step.number < 0 ? other : 'C';
     case Core::JPF: return 'J';
@@ -136,7 +137,7 @@ char _letter(const Step& step) {
     default: break;
   }
   for (const Word& w : words)
-    if (step.entry && step.entry->word == w.word) return w.letter;
+    if (step.entry && step.entry->handler == w.handler) return w.letter;
   return other;
 }
 
@@ -190,7 +191,8 @@ void JoinSteps(Program& program) {
   for (const Step& step : program) letters += _letter(step);
   for (size_t i = 0; i < program.size(); ++i) {
     const std::string_view here = std::string_view(letters).substr(i);
-    if (letters[i] == other) continue;
+    // A count of subscripts is in no run of its own.
+    if (letters[i] == other || (letters[i] == '1' && i > 0 && letters[i - 1] == 'N')) continue;
     const auto fits = [here](const JoinRow& row) { return _fits(here, row.steps); };
     const JoinRow* const row = std::find_if(std::begin(rows), std::end(rows), fits);
     if (row != std::end(rows)) program[i].joint = _joint(*row, &program[i]);

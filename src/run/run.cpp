@@ -27,10 +27,10 @@ struct CoreWord {
   Core core;
 };
 constexpr CoreWord coreWords[] = {
-    {"PUSH", Core::PUSH}, {"STOP", Core::STOP}, {"END", Core::END}, {"LBL", Core::LBL},
-    {"JP", Core::JP},     {"JPF", Core::JPF},   {"JPX", Core::JPX}, {"CMP", Core::CMP},
-    {"CALL", Core::CALL}, {"RET", Core::RET},   {"DUP", Core::DUP}, {"POP", Core::POP},
-    {":", Core::source},
+    {"PUSH", Core::PUSH}, {":", Core::source}, {"END", Core::END}, {"LBL", Core::LBL},
+    {"JP", Core::JP},     {"JPF", Core::JPF},  {"JPX", Core::JPX}, {"CMP", Core::CMP},
+    {"CALL", Core::CALL}, {"RET", Core::RET},  {"DUP", Core::DUP}, {"POP", Core::POP},
+    {"STOP", Core::STOP},
 };
 
 bool _isWordChar(char c) { return (static_cast<signed char>(c) >= '0' && c != 127) || c == '$'; }
@@ -45,26 +45,28 @@ std::string_view GetWordD(std::string_view& step) {
   return word;
 }
 
-// The row of a step's word and its effect, cut once for all.
+// What the machine knows of a word of the step table.
 struct Row {
   const StepEntry* entry = nullptr;
-  const Effect* effect = nullptr;
+  Effect effect;
+  bool quiet = false;
 };
-Row _findRow(std::string_view word) {
-  struct Rows {
-    std::vector<std::string_view> words;
-    std::vector<Effect> effects;
-  };
-  static const Rows rows = [] {
-    Rows all;
-    for (const StepEntry& e : g_steps) {
-      all.words.push_back(e.word);
-      all.effects.push_back(CutEffect(e.effect));
-    }
-    return all;
-  }();
-  const int i = findndx(word, rows.words);
-  return i < 0 ? Row{} : Row{&g_steps[i], &rows.effects[i]};
+
+// The row of a word, made when it is first met; null for a word that no one knows.
+const Row* _findRow(std::string_view word) {
+  static std::vector<Row> rows(g_steps.size());
+  const auto less = [](const StepEntry& e, std::string_view w) { return StrICmp(e.word, w) < 0; };
+  const auto at = std::lower_bound(g_steps.begin(), g_steps.end(), word, less);
+  if (at == g_steps.end() || StrICmp(at->word, word) != 0) return nullptr;
+  Row& row = rows[static_cast<size_t>(at - g_steps.begin())];
+  if (!row.entry) row = {&*at, CutEffect(at->effect), findndx(word, g_quietSteps) >= 0};
+  return &row;
+}
+
+Core _coreOf(std::string_view word) {
+  for (const CoreWord& c : coreWords)
+    if (c.word == word) return c.core;
+  return Core::none;
 }
 
 Step _cut(std::string text) {
@@ -73,16 +75,16 @@ Step _cut(std::string text) {
   const std::string_view word = GetWordD(rest);
   const std::string_view operand = dlb(rest);
   step.word = text.size() - operand.size();
-  for (const CoreWord& c : coreWords)
-    if (c.word == word) step.core = c.core;
+  step.core = _coreOf(word);
   if (step.core == Core::none) {
-    const Row row = _findRow(word);
-    step.entry = row.entry;
-    step.effect = row.effect;
-    step.quiet = findndx(word, g_quietSteps) >= 0;
+    if (const Row* const row = _findRow(word)) {
+      step.entry = row->entry;
+      step.effect = &row->effect;
+      step.quiet = row->quiet;
+    }
   } else if (step.core == Core::CMP) {
     step.number = CmpOperator(operand);
-  } else {
+  } else if (step.core != Core::PUSH && step.core != Core::source) {
     step.number = TxtToInt(operand);
   }
   step.text = std::move(text);

@@ -20,10 +20,8 @@ bool _inRange(int area) { return area >= 0 && area < maxAreas; }
 DbfTable& _table(int area) { return dbAreaOf(area).table; }
 
 // The master index of the area, or null.
-NdxFile* _master(int area) {
-  DbArea& a = dbAreaOf(area);
-  return a.ndxs > 0 ? &a.index[0] : nullptr;
-}
+NdxFile* _master(DbArea& a) { return a.ndxs > 0 ? &a.index[0] : nullptr; }
+NdxFile* _master(int area) { return _master(dbAreaOf(area)); }
 
 // A record number that a move through the index gave; outside the table when it is damaged, so
 // that the move ends at the end of the table.
@@ -169,10 +167,11 @@ int dbTop(int area) {
 
 int dbSkip(int area, int distance) {
   if (distance == 0) return 0;
-  DbfTable& t = _table(area);
-  NdxFile* const x = _master(area);
+  DbArea& a = dbAreaOf(area);
+  DbfTable& t = a.table;
+  NdxFile* const x = _master(a);
   if (!x) return dbfSkip(t, distance);
-  if (ndxAstray(*x)) dbMasterBack(dbAreaOf(area));
+  if (ndxAstray(*x)) dbMasterBack(a);
   int rno = 1;
   for (; distance > 0 && rno > 0; --distance) rno = ndxFwd(*x);
   for (; distance < 0 && rno > 0; ++distance) rno = ndxBak(*x);

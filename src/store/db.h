@@ -86,6 +86,9 @@ void dbFieldValue(int area, int field, Value& value);
 // The number of a field that is one: false for a field of another type, and for one that holds
 // something else.
 bool dbFieldNumber(int area, int field, double& x);
+// While a statement reads an area that it doesn't change again and again, the numbers of its first
+// records are kept.
+void dbKeepNumbers(int area, bool keeps);
 // Sets a field in the record buffer from a text, also in quoted string form, or from a value.
 int dbSetVal(int area, int field, std::string_view value);
 void dbSetFieldValue(int area, int field, const Value& value);
@@ -145,7 +148,7 @@ extern bool g_late;  // something is held
 int dbReplaceLater(int area);
 void dbPut();
 void dbTick();
-//
+
 int dbAppend(int area);
 int dbBegin(int area);  // a new record that nobody sees before dbReplace or dbReplaceNew
 void dbRepl0(int area);

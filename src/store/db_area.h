@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <vector>
 
 #include "store/db.h"
 #include "store/dbf.h"
@@ -13,6 +14,10 @@ struct DbArea {
   DbfTable table;
   int ndxs = 0;  // index slots in use; those behind may be open while a rebuild runs
   std::array<NdxFile, maxIndexes> index;  // the first is the master
+  // Numbers that were read, by field and record; not a number where none was.
+  std::array<std::vector<double>, maxFields> numbers;
+  bool keeps = false;  // them
+  unsigned waits = 0;  // when they were read
 };
 
 extern DbArea db[maxAreas];

@@ -1,11 +1,34 @@
 // Fields as values: what a name in an expression reads.
 
+#include <algorithm>
+#include <cmath>
+
+#include "host/file.h"
 #include "session/error.h"
 #include "session/number.h"
 #include "store/db.h"
 #include "store/db_area.h"
 
 namespace mox {
+
+namespace {
+
+constexpr int mostKept = 4096;  // records whose numbers are kept
+
+// Where the number of the area's record is kept, or null.
+double* _kept(DbArea& a, int field) {
+  if (a.waits != OS_Waits()) {
+    a.waits = OS_Waits();
+    a.numbers = {};
+  }
+  std::vector<double>& numbers = a.numbers[field];
+  if (numbers.empty())
+    numbers.assign(static_cast<size_t>(std::min(dbfROWS(a.table), mostKept)) + 1, std::nan(""));
+  const auto at = static_cast<size_t>(a.table.recno);
+  return at < numbers.size() ? &numbers[at] : nullptr;
+}
+
+}  // namespace
 
 bool dbFindField(std::string_view name, int& area, int& field) {
   const std::string_view bare = af2f(name);
@@ -38,11 +61,19 @@ void dbSetFieldValue(int area, int field, const Value& value) {
 
 bool dbFieldNumber(int area, int field, double& x) {
   DbfTable& t = db[area].table;
+  double* const kept = db[area].keeps ? _kept(db[area], field) : nullptr;
+  if (kept && !std::isnan(*kept)) return x = *kept, true;
   const char* const bytes = dbfRow(t).data() + t.pos[field];
   const auto length = static_cast<size_t>(t.len[field]);
   if (t.typ[field] != 'N' || (length > 0 && *bytes == '"')) return false;
   x = TxtToDbl({bytes, length});  // it ends at a zero byte, too
+  if (kept) *kept = x;
   return true;
+}
+
+void dbKeepNumbers(int area, bool keeps) {
+  db[area].keeps = keeps;
+  db[area].numbers = {};
 }
 
 std::optional<Value> GetDb(std::string_view name) {

@@ -65,13 +65,21 @@ bool _dbfGet(DbfTable& t, int recno, std::string& row) {
 
 // The record is read when somebody looks at it. Of one that the file hasn't, row keeps what it
 // held.
-void _dbfRead(DbfTable& t) {
+void _dbfArrive(DbfTable& t, bool has) {
   t.changing = t.adding = false;
-  t.eof = !_dbfHas(t, t.recno);
-  if (t.eof)
-    _dbfGet(t, t.recno, t.row);
-  else
+  t.eof = !has;
+  if (has)
     t.stale = true;
+  else
+    _dbfGet(t, t.recno, t.row);
+}
+
+void _dbfRead(DbfTable& t) { _dbfArrive(t, _dbfHas(t, t.recno)); }
+
+void _dbfFetch(DbfTable& t) {
+  t.stale = false;
+  t.seen = t.file->changes;
+  if (t.recno >= 1 && _dbfHas(t, t.recno)) t.stale = !_dbfGet(t, t.recno, t.row);
 }
 
 bool _dbfUpdHdr(DbfTable& t) {
@@ -177,9 +185,11 @@ int _dbfReadHeader(DbfTable& t) {
 int _dbfMove(DbfTable& t, long long target) {
   t.eof = true;
   if (target < 1 || target > t.file->rmax) return dbfOutside;
-  if (!_dbfHas(t, static_cast<int>(target))) dbfRow(t);  // which row then keeps
-  t.recno = static_cast<int>(target);
-  _dbfRead(t);
+  const int recno = static_cast<int>(target);
+  const bool has = _dbfHas(t, recno);
+  if (!has) dbfRow(t);  // which row then keeps
+  t.recno = recno;
+  _dbfArrive(t, has);
   return 0;
 }
 
@@ -386,11 +396,7 @@ void dbfOnNone(DbfTable& t) {
 bool dbfOnRecord(DbfTable& t) { return _inRange(t) && _dbfHas(t, t.recno); }
 
 std::string& dbfRow(DbfTable& t) {
-  const bool old = t.stale || (!t.changing && t.file && t.seen != t.file->changes);
-  if (!old) return t.row;
-  t.stale = false;
-  t.seen = t.file->changes;
-  if (t.recno >= 1 && _dbfHas(t, t.recno)) t.stale = !_dbfGet(t, t.recno, t.row);
+  if (t.stale || (!t.changing && t.file && t.seen != t.file->changes)) _dbfFetch(t);
   return t.row;
 }
 

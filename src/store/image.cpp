@@ -40,28 +40,34 @@ void _load(Image& m, Block& b, std::int64_t place) {
   ReadFailed(m.name);
 }
 
-// A block for other bytes of the file.
-Block& _free(Image& m) {
-  if (m.blocks.size() < blockCount) return m.blocks.emplace_back();
-  const auto older = [](const Block& x, const Block& y) { return x.used < y.used; };
-  Block& b = *std::min_element(m.blocks.begin(), m.blocks.end(), older);
-  if (_isHeld(b)) imgPut(m);
-  if (b.place != _none) m.slots[_number(b.place)] = 0;
-  return b;
-}
-
 Block* _find(Image& m, std::int64_t offset) {
   const std::size_t number = _number(offset);
   const std::size_t slot = number < m.slots.size() ? m.slots[number] : 0;
   return slot == 0 ? nullptr : &m.blocks[slot - 1];
 }
 
+// A block for the bytes of the file at a place.
+Block& _free(Image& m, std::int64_t place) {
+  m.ahead = place == m.loaded + _length(blockSize) ? m.ahead + 1 : 0;
+  m.loaded = place;
+  Block* b = m.ahead > 1 ? _find(m, place - 2 * _length(blockSize)) : nullptr;
+  if (!b || _isHeld(*b)) {
+    if (m.blocks.size() < blockCount) return m.blocks.emplace_back();
+    const auto older = [](const Block& x, const Block& y) { return x.used < y.used; };
+    b = &*std::min_element(m.blocks.begin(), m.blocks.end(), older);
+    if (_isHeld(*b)) imgPut(m);
+  }
+  if (b->place != _none) m.slots[_number(b->place)] = 0;
+  return *b;
+}
+
 // The block with this byte of the file.
 Block& _at(Image& m, std::int64_t offset) {
   Block* b = _find(m, offset);
   if (!b) {
-    b = &_free(m);
-    _load(m, *b, offset - offset % _length(blockSize));
+    const std::int64_t place = offset - offset % _length(blockSize);
+    b = &_free(m, place);
+    _load(m, *b, place);
     if (b->place == _none) return *b;
     m.slots.resize(std::max(m.slots.size(), _number(offset) + 1));
     m.slots[_number(offset)] = static_cast<std::uint8_t>(b - m.blocks.data() + 1);

@@ -1,5 +1,8 @@
 // An open table or index file in memory: blocks of it, read as they are needed.
 //
+// Where a file is read from front to back, a few blocks serve for all of it: fresh memory would
+// cost more than the reading.
+//
 // A file that several areas have open has one image, so that each sees what the others change. The
 // image is old behind each wait for a person or another program, who may have changed the file.
 //
@@ -38,7 +41,9 @@ struct Image {
   std::vector<Block> blocks;
   std::vector<std::uint8_t> slots;  // by number in the file: 1 + the index in blocks, or 0
   unsigned clock = 0;
-  unsigned waits = 0;  // at the last look at the file
+  std::int64_t loaded = 0;  // the place of the block read last
+  int ahead = 0;            // blocks read one behind the other
+  unsigned waits = 0;       // at the last look at the file
   bool holds = false;
   bool refused = false;
   bool torn = false;  // some write stays done by half; who makes the file whole clears it
