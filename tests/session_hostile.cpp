@@ -31,6 +31,9 @@ std::string Times(int n, const std::string& text) {
 }
 
 TEST_F(Hostile, LongLinesAndBlocks) {
+  PutBytes("in", "");
+  EXPECT_EQ(RunProgram(MOX_PROGRAM, {"--help"}, "dir", "."), "");
+  EXPECT_TRUE(Bytes("out").starts_with("Usage: mox [FILE]\n"));
   // 10,000 characters come as lines of 131; a block takes 1,000.
   EXPECT_EQ(Type("*" + std::string(10000, 'x') + "\n").find(". *** SYNTAX ERROR"), 2u);
   EXPECT_NE(Type("?? \"" + std::string(10000, 'x')).find("LINE 1: xxx"), std::string::npos);
@@ -45,7 +48,7 @@ TEST_F(Hostile, TheInputEndsAnywhere) {
       "CREATE t\nA,C,3\n\nUSE t\nAPPEND BLANK\nDISPLAY STATUS\n IF T\nTEXT\n?\nENDTEXT\nENDIF\n"
       "SET STEP ON\nDO f\nyn? 1\nDO WHILE F\n? ;\nENDDO\n;? \"\n";
   PutBytes("dir/f.cmd", "? 1\n? 2\n? 3\n");
-  for (size_t length = 0; length <= session.size(); length += 3) Type(session.substr(0, length));
+  for (size_t length = 0; length <= session.size(); length += 7) Type(session.substr(0, length));
 }
 
 // Each statement that needs a table says so, and does nothing.

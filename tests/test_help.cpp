@@ -179,8 +179,8 @@ TEST(Help, ExamplesRun) {
       "COPY TO people.txt SDF : COPY TO sheet.csv SDF DELIMITED WITH "
       "\";\"\n"
       "INDEX ON NAME TO names : INDEX ON AGE TO ages : INDEX ON TOWN TO bytown\n"
-      "INDEX ON CLIENT TO byclient : USE people INDEX names : STORE \"2026-11-23\" TO DAY\n"
-      "STORE 1 TO N : STORE 2 TO M : SAVE TO mydata\nSET TALK ON\nDO example\n";
+      "INDEX ON CLIENT TO byclient : STORE \"2026-11-23\" TO DAY\n"
+      "STORE 1 TO N : STORE 2 TO M : SAVE TO mydata\n";
   const std::pair<std::regex, std::string> typed[] = {
       {std::regex("(READ|EDIT|APPEND|BROWSE|MODIFY COMMAND)\\b(?! BLANK| FROM).*"), "\x17"},
       {std::regex("MODIFY STRUCTURE"), "Y\x17"},
@@ -189,14 +189,18 @@ TEST(Help, ExamplesRun) {
       {std::regex("WAIT.*|DISPLAY STATUS"), "q"}};
   const std::regex printed("\\? (.*[^ ]) +' (.*)"),
       wrong("ERROR|CANNOT|NOT EXIST|NOT A|NO RECORD|IN USE|FAILED|\\*\\*\\* ");
+  const TempDir made;
+  PutBytes("in", setup);
+  EXPECT_EQ(RunProgram(MOX_PROGRAM, {}, ".", "."), "");
   for (const auto& [topic, body] : ReadHelp()) {
     for (const Lines& example : Blocks(body, "Example:")) {
       const TempDir folder;
-      std::string in = setup;
+      fs::copy(made.path, ".");
+      std::string in = example[0].starts_with("CREATE") ? "" : "USE people INDEX names\n";
+      in += "RESTORE FROM mydata\nDO example\n";
       for (const std::string& line : example)
         for (const auto& [statement, keys] : typed)
           if (std::regex_match(std::string(dlb(line)), statement)) in += keys;
-      if (example[0].starts_with("CREATE")) in.insert(in.find("DO example"), "USE\n");
       PutBytes("example.cmd", "?\n" + Joined(example));
       for (const char* file : {"report.cmd", "tour.cmd"}) PutBytes(file, "? 1\n");
       PutBytes("entry.fmt", "@ 5,0 GET AGE\n");

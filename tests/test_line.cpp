@@ -318,6 +318,15 @@ TEST_F(LineTest, AnyChangeDrawsAsAnew) {
   }
 }
 
+TEST_F(LineTest, WindowChanges) {
+  Start();
+  Do("? " + Repeat("1", 30), ". ? " + Repeat("1", 30), 34);
+  screen_->Resize(50);
+  Do(Repeat("2", 30), Repeat("2", 14), 14);
+  EXPECT_EQ(screen_->Row(kFirst).size(), 50u);
+  Quit();
+}
+
 TEST_F(LineTest, Pastes) {
   PutBytes("wait.cmd", "WAIT TO K\nACCEPT TO A\n? K+A\n");
   Start();

@@ -96,6 +96,7 @@ TEST_F(Tables, CopiesAndQuotedFields) {
   EXPECT_EQ(0, dbCopyData(0, {"KEY"}, "C"));
   EXPECT_EQ(4, dbRECNO(0));
   EXPECT_EQ(4u, Records("C.dbf").size());
+  EXPECT_NE(std::string(6, ' '), Records("C.dbf")[0]);
   DbfTable t, copy;
   ASSERT_EQ(0, dbfOpen(t, "T"));
   fldput(t, 1, "a\"b");
