@@ -25,11 +25,12 @@ int ndxSetDbg(int level) {
 }
 
 std::string key2Txt(const NdxPages& f, std::string_view key) {
-  if (f.type != 'N') return std::string(key);
+  std::string text;
+  if (f.type != 'N') return text += key;
   constexpr size_t width = 23;
   Bcd6 form{};
   std::copy_n(key.begin(), std::min(key.size(), form.size()), form.begin());
-  std::string text = FmtSci(bcd2d6(form), 10);
+  text = FmtSci(bcd2d6(form), 10);
   if (text.size() < width) text.insert(0, width - text.size(), ' ');
   return text;
 }
