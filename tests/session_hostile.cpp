@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "session/strreplace.h"
 #include "session_run.h"
 #include "temp_dir.h"
 
@@ -64,6 +65,75 @@ TEST_F(Hostile, NoTableInUse) {
   PutBytes("dir/f.txt", "a\n");
   EXPECT_EQ(Type(typed), told + '\n');
   EXPECT_EQ(std::distance(fs::directory_iterator("dir"), {}), 1);
+}
+
+// The last that is allowed of each limit, and the first beyond it.
+TEST_F(Hostile, Limits) {
+  const auto ends = [](const std::string& input, const std::string& output) {
+    const std::string out = Type(input);
+    EXPECT_TRUE(out.ends_with(output + ". \n")) << input << out.substr(out.size() / 2);
+  };
+  const auto each = [](int n, const std::string& before, const std::string& behind) {
+    std::string all;
+    for (int i = 1; i <= n; ++i) all += before + std::to_string(i) + behind;
+    return all;
+  };
+  // Words and signs of a statement, its continued lines included; blocks; files in files; macros.
+  PutBytes("dir/a.cmd", "? 1" + Times(48, "+1") + ";\n+1\n");
+  PutBytes("dir/b.cmd", "? 1" + Times(48, "+1") + ";\n+-1\n");
+  ends("DO a\n",
+       ". "
+       "  50 \n");
+  ends("DO b\n", "*** SYNTAX ERROR *** \nLINE 2: +-1\n");
+  ends(Times(20, "IF T\n") + "? 7\n" + Times(20, "ENDIF\n"), ">   7 \n");
+  ends(Times(21, "IF T\n"), "*** SYNTAX ERROR *** nesting error - too deep\nLINE 21: IF T\n");
+  PutBytes("dir/deep.cmd", "STORE N+1 TO N\nIF N<L THEN DO deep\nSTORE M+1 TO M\n");
+  const std::string deep = "SET TALK OFF\nSTORE 0 TO N : STORE 0 TO M : STORE ";
+  ends(deep + "100 TO L : DO deep\n? M\n", ".         100 \n");
+  ends(deep + "101 TO L : DO deep\n? M\n", ". NESTING LIMIT VIOLATION EXCEEDED \n.           0 \n");
+  ends("STORE STR(1,99)+STR(2,99) TO X : STORE \"X\" TO Y : ? LEN(&Y)\n", "\nX\n  198 \n");
+  ends("STORE STR(1,99)+STR(2,100) TO X : STORE X+\"!\" TO X\nSTORE \"X\" TO Y\n? LEN(&Y)\n",
+       "  199 \n");
+  ends("? LEN(STR(1,128))\n? STR(1,129)\n", "  128 \n. ARG ERROR STR() too wide\n");
+  // Variables; fields and their widths.
+  const std::string vars = "SET TALK OFF\n" + each(100, "STORE 1 TO V", "\n");
+  ends(vars + "STORE 2 TO V100\n? V100\n", ".           2 \n");
+  ends(vars + "STORE 1 TO MORE\n", ". TOO MANY MEMORY VARIABLES \n");
+  ends("CREATE T\n" + each(32, "F", ",C,1\n") +
+           "USE T : APPEND BLANK : REPLACE F32 WITH \"x\" : DISPLAY\n",
+       ". 00001" + Times(32, "  ") + "x \n");
+  ends("CREATE W\nN,C,1\nW,C,100\nX,C,101\nL,C,254\nM,C,255\nM,C,0\n\nUSE W : APPEND BLANK : ? 1\n",
+       " 005     BAD WIDTH FIELD\n 005     BAD WIDTH FIELD\n 005     .   1 \n");
+  // Keys, their expressions, and indexes of a table.
+  const std::string use = "SET TALK OFF\nUSE W\n";
+  const auto key = [](int n) {  // behind a name and a plus of 455 and n characters
+    return Times(4, "+LEFT(\"" + std::string(100, 'x') + "\",0)\n").substr(1) + "+LEFT(\"" +
+           std::string(static_cast<size_t>(n), 'x') + "\",0)";
+  };
+  ends(use +
+           "REPLACE W WITH STR(1,100) : INDEX ON W TO W : SET INDEX TO W : FIND STR(1,100) : ? #\n",
+       ".   1 \n");
+  ends(use + "INDEX ON X TO X\n", ". INDEX KEY IS TOO LONG X\n");
+  ends(use + "INDEX ON N TO N\nSET INDEX TO " + Times(6, "N,") + "N : ? 7\n", ".   7 \n");
+  ends(use + "SET INDEX TO " + Times(7, "N,") + "N\n", ". INDEX FILE CANNOT BE OPENED \n");
+  PutBytes("dir/k.cmd", "INDEX ON N+" + mox::str_replace(key(45), "\n", " ;\n") + " TO K\n");
+  PutBytes("dir/l.cmd", "INDEX ON N+" + mox::str_replace(key(46), "\n", " ;\n") + " TO K\n");
+  ends(use + "DO k\nSET INDEX TO K : ? 1\n", ". .   1 \n");
+  ends(use + "DO l\n",
+       ". INDEX KEY EXPRESSION IS TOO LONG N+" + mox::str_replace(key(46), "\n", "") + "\n");
+  // Fields of a form, steps of a condition, bytes of a text line.
+  PutBytes("dir/get.cmd",
+           "STORE 0 TO I\nDO WHILE I<64\n@ 1,1 GET V\nSTORE I+1 TO I\nENDDO\nREAD\n");
+  EXPECT_TRUE(
+      Type("SET SCREEN OFF\nSET TALK OFF\nSTORE \"x\" TO V\nDO get\n" + Times(63, "k") + "? 7\n")
+          .ends_with(".   7 \n. \n"));
+  ends(use + "COUNT FOR N=1" + Times(6, " .OR. N=1") + " TO C : ? C\n", ".           0 \n");
+  ends(use + "COUNT FOR N=1" + Times(7, " .OR. N=1") + " TO C : ? C\n", ". OUT OF MEMORY \n");
+  for (int n : {1000, 1001}) {
+    PutBytes("dir/L.txt", std::string(static_cast<size_t>(n), 'a') + "\nb\n");
+    ends(use + "COPY TO E STRUCTURE : USE E : SET TALK ON : APPEND FROM L SDF\n",
+         n == 1000 ? ". 00002 RECORD(S) ADDED\n" : ". 00003 RECORD(S) ADDED\n");
+  }
 }
 
 }  // namespace

@@ -305,6 +305,12 @@ TEST_F(ScreenTest, ProgramEditor) {
   EXPECT_EQ(Bytes("new.fmt"), "a\n b\n");
   fs::create_directory("d.cmd");
   Do("MODIFY COMMAND d" + kEnter, {{22, 0, "CANNOT CREATE FILE d.cmd"}});
+  Do("MODIFY COMMAND e" + kEnter + "kept");
+  fs::create_directory("e.cmd");
+  Do(kSave, {{23, 0, "CANT SAVE FILE WAITING"}});
+  fs::remove("e.cmd");
+  Do(" " + kSave);
+  EXPECT_EQ(Bytes("e.cmd"), "kept\n");
   Quit();
 }
 

@@ -5,6 +5,7 @@
 
 #include "commands/moxsort.h"
 #include "run/prompt.h"
+#include "session/number.h"
 #include "store/db.h"
 #include "temp_dir.h"
 
@@ -62,6 +63,26 @@ TEST_F(Tables, SortOfAnySize) {
     const size_t stand = n > 8 ? 2 * n : n;
     EXPECT_EQ(dbfHeaderSize + stand * 12 + 1, fs::file_size("S.dbf"));
     EXPECT_EQ(0x1A, Bytes("S.dbf")[dbfHeaderSize + n * 12]);
+  }
+}
+
+// A number that stands in a text as its field prints it isn't read first: nobody may see that.
+TEST_F(Tables, NumbersInFields) {
+  DbfTable t;
+  ASSERT_EQ(0, dbfCreate(t, "N"));
+  const int widths[] = {6, 8, 20, 20}, decimals[] = {0, 2, 15, 17};
+  for (int i = 0; i < 4; ++i)
+    dbfFld(t, i + 1, "F" + std::to_string(i), 'N', widths[i], decimals[i]);
+  for (int turn = 0; turn < 20000; ++turn) {
+    std::string text;
+    for (unsigned n = random() % 12; n > 0; --n) text += "  -+..00129e"[random() % 12];
+    if (turn % 2) text = FmtFix(static_cast<double>(random() % 2001) - 1000, 9, random() % 18);
+    for (int i = 0; i < 4; ++i) {
+      fldput(t, i, text);
+      std::string stored = FmtFix(TxtToDbl(text), widths[i], decimals[i]);
+      stored.resize(static_cast<size_t>(widths[i]), ' ');
+      ASSERT_EQ(stored, fldget(t, i)) << text;
+    }
   }
 }
 

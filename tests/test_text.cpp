@@ -76,6 +76,12 @@ TEST(Files, LinesOfTextFiles) {
       {full + "z\n", {full, "z"}},          {"\xEF\xBB\xBF" + full + "z\n", {full, "z"}},
       {"\xEF\xBBz", {"\xEF\xBBz"}},         {full + "\r\nz", {full, "", "z"}},
       {most + "\r\nz", {most, "z"}}};
+  std::string blocks;  // a line end over two of them, of 64 KiB
+  while (blocks.size() < 65535) blocks += std::string(62, 'x') + "\n";
+  blocks.resize(65535);
+  PutBytes("t", blocks + "\r\nz");
+  const Lines ends = ReadLines("t").value();
+  EXPECT_EQ(ends[ends.size() - 2] + "|" + ends.back(), std::string(65535 % 63, 'x') + "|z");
   for (const auto& [bytes, lines] : cases) {
     PutBytes("t", bytes);
     EXPECT_EQ(ReadLines("t"), lines) << bytes;

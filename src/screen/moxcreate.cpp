@@ -83,8 +83,8 @@ int _writeTable(DbfTable& t, const std::vector<FieldDef>& fields) {
   int number = 0;
   for (const FieldDef& f : fields)
     if (++number; !f.name.empty()) dbfFld(t, number, f.name, f.type, f.width, f.decimals);
-  const int written = dbfFld(t, 0, "", ' ', 0, 0);
-  return written == 0 ? dbfClose(t) : written;
+  dbfFld(t, 0, "", ' ', 0, 0);
+  return dbfClose(t);
 }
 
 // The end of both: 0, or -1 after the report of what failed.

@@ -148,7 +148,7 @@ extern bool g_late;  // something is held
 int dbReplaceLater(int area);
 void dbPut();
 void dbTick();
-//
+
 int dbAppend(int area);
 int dbBegin(int area);  // a new record that nobody sees before dbReplace or dbReplaceNew
 void dbRepl0(int area);

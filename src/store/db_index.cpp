@@ -85,16 +85,18 @@ class ShownRow {
 };
 
 // The key text of a value; a logical has none. A number is one whatever stands in its text.
-std::string _keyOf(const Value& value) {
+void _keyOf(const Value& value, std::string& key) {
   std::string room;
-  if (value.isContent() && value.content(room).find('"') == std::string_view::npos)
-    return std::string(value.content(room));
+  if (value.isContent() && value.content(room).find('"') == std::string_view::npos) {
+    key = value.content(room);
+    return;
+  }
   const std::string_view text = std::string_view(value.text()).substr(0, maxKeyValue);
-  if (text.empty() || text[0] == '"') return qs2s(text);
+  key = qs2s(text);
+  if (text.empty() || text[0] == '"') return;
   const ErrorSlot slot = TakeErr();
-  const char type = GetTyp(text).type;
+  if (GetTyp(text).type == 'L') key.clear();
   PutErr(slot);
-  return type == 'L' ? std::string() : qs2s(text);
 }
 
 // Runs a key expression on the current record: its value, or null. The run has the error slot for
@@ -267,6 +269,7 @@ void _sayIndexed(int count) { std::printf("%05d RECORDS INDEXED\n", count); }
 // that is made anew gets the keys that changes of its records give it.
 int _addRecords(NdxFile& x, bool talk, bool anew) {
   int count = 0;
+  std::string keyText;
   for (; !dbEOF(selectedArea); dbSkip(selectedArea, 1)) {
     const ErrorSlot slot = TakeErr();
     std::optional<ShownRow> shown;
@@ -275,7 +278,8 @@ int _addRecords(NdxFile& x, bool talk, bool anew) {
     if (errnum == errTold || ReadHasFailed()) return -1;
     PutErr(slot);
     if (!value) continue;
-    const int added = ndxAdd(x, dbRECNO(selectedArea), _keyOf(*value));
+    _keyOf(*value, keyText);
+    const int added = ndxAdd(x, dbRECNO(selectedArea), keyText);
     if (added != 0) return _indexFailed(x, added);
     if (++count % progressStep == 0 && talk) _sayIndexed(count);
   }
@@ -331,7 +335,7 @@ bool dbNdxDamaged(NdxFile& x) {
 int dbKeyText(NdxFile& x, std::string& key) {
   key.clear();
   const Value* const value = x.file ? _runKey(x.file->key) : nullptr;
-  if (value) key = _keyOf(*value);
+  if (value) _keyOf(*value, key);
   return value ? 0 : -1;
 }
 

@@ -37,9 +37,8 @@ int dbCopyStruc(int area, const Lines& fields, const std::string& filename, DbfT
     if (i < 0) break;
     dbfFld(t, ++number, name, dbTyp(area, i), dbLen(area, i), dbDec(area, i));
   }
-  if (dbfFld(t, 0, "", ' ', 0, 0) == 0) return result;
-  t = DbfTable{};
-  return dbfCantWrite;
+  dbfFld(t, 0, "", ' ', 0, 0);
+  return result;
 }
 
 int dbCopyData(int area, const Lines& fields, const std::string& filename) {

@@ -303,15 +303,17 @@ int dbfCreate(DbfTable& t, std::string_view filename) {
   t.typ.fill('C');
   t.eof = t.dirty = true;
   _dbfLayout(t);
-  if (_dbfUpdHdr(t) && _dbfPutEndMark(t)) return 0;
-  t = DbfTable{};
-  return dbfCantWrite;
+  return dbfFld(t, 0, "", ' ', 0, 0);
 }
 
 int dbfFld(DbfTable& t, int number, std::string_view name, char type, int width, int decimals) {
   if (!t.file) return dbfClosed;
   if (number < 0 || number > maxFields) return -2;
-  if (number == 0) return _dbfUpdHdr(t) && _dbfPutEndMark(t) ? 0 : dbfCantWrite;
+  if (number == 0) {  // which is held: dbfClose tells a refusal
+    _dbfUpdHdr(t);
+    _dbfPutEndMark(t);
+    return 0;
+  }
   int i = number - 1;
   t.names[i] = strUpper(name.substr(0, maxFieldName));
   trim(t.names[i]);
@@ -335,9 +337,7 @@ int dbfCreateFrom(DbfTable& t, std::string_view filename, const DbfTable& source
     int i = fldno(source, name);
     if (i >= 0) dbfFld(t, ++number, source.names[i], source.typ[i], source.len[i], source.dec[i]);
   }
-  if (dbfFld(t, 0, "", ' ', 0, 0) == 0) return 0;
-  t = DbfTable{};
-  return -1;
+  return dbfFld(t, 0, "", ' ', 0, 0);
 }
 
 int dbfOpen(DbfTable& t, std::string_view filename, bool keep) {

@@ -3,6 +3,7 @@
 #include "store/ndx.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "store/ndx_trace.h"
@@ -50,27 +51,48 @@ int _cmpNumbers(const char* a, const char* b, int keylen) {
   return sign ? -order : order;
 }
 
+// The first eight bytes of a key as a number; a page is long enough for them behind any item.
+constexpr size_t headSize = 8;
+std::uint64_t _head(const char* key) {
+  const auto* const p = reinterpret_cast<const unsigned char*>(key);
+  const auto four = [](const unsigned char* b) {
+    return static_cast<std::uint32_t>(b[0]) << 24 | b[1] << 16 | b[2] << 8 | b[3];
+  };
+  return static_cast<std::uint64_t>(four(p)) << 32 | four(p + 4);
+}
+
 // A key that is sought. A character key that is shorter than what it is compared with is below all
 // that it begins.
 struct Sought {
   Sought(const NdxPages& f, std::string_view key, int n)
       : number(f.type == 'N'), length(f.keylen), text(key) {
     const auto most = static_cast<size_t>(std::clamp(n, 0, f.keylen));
-    text = text.substr(0, number ? text.npos : most);
+    if (!number) text = text.substr(0, most);
     isShort = text.size() < most;
+    char first[headSize] = {}, known[headSize] = {};
+    std::copy_n(text.data(), std::min(text.size(), headSize), first);
+    std::fill_n(known, std::min(text.size(), headSize), '\xFF');
+    head = _head(first);
+    mask = _head(known);
   }
   // Sign of the comparison with an item's key.
   int compare(const char* item) const {
     if (number) return _cmpNumbers(text.data(), item, length);
-    const int order = std::memcmp(text.data(), item, text.size());
-    return order == 0 && isShort && item[text.size()] != 0 ? -1 : order;
+    const std::uint64_t other = _head(item) & mask;
+    if (head != other) return head < other ? -1 : 1;
+    if (text.size() > headSize)
+      if (const int order =
+              std::memcmp(text.data() + headSize, item + headSize, text.size() - headSize))
+        return order;
+    return isShort && item[text.size()] != 0 ? -1 : 0;
   }
   // The first item of the page that is above the key, or with equals the first not below it.
   int place(const NdxNode& node, bool equals) const {
     const bool halves = node.order > 0;
+    const char* const keys = NodeKey(node, 0);
     int from = 0, to = node.count;
     while (from < to) {
-      const int i = halves ? (from + to) / 2 : from, order = compare(NodeKey(node, i));
+      const int i = halves ? (from + to) / 2 : from, order = compare(keys + i * node.itmlen);
       if (order > 0 || (order == 0 && !equals))
         from = i + 1;
       else
@@ -80,6 +102,7 @@ struct Sought {
   }
   bool number, isShort;
   int length;
+  std::uint64_t head, mask;
   std::string_view text;
 };
 
@@ -98,7 +121,9 @@ void _noteOrder(const NdxPages& f, NdxNode& node, int first, int last) {
 NdxNode* _push(NdxFile& x, int no, int item) {
   NdxNode* const node = NodeRead(*x.file, no);
   if (!node) return nullptr;
-  if (x.Nno.size() == maxLevels || std::find(x.Nno.begin(), x.Nno.end(), no) != x.Nno.end()) {
+  bool again = x.Nno.size() == maxLevels;
+  for (const int above : x.Nno) again |= above == no;
+  if (again) {
     x.file->damaged = true;
     return nullptr;
   }
@@ -199,7 +224,7 @@ int _ndxFind(NdxFile& x, const Sought& key) {
 }
 
 // Equal keys are walked page by page.
-int _ndxFindRno(NdxFile& x, int rno, const std::string& text) {
+int _ndxFindRno(NdxFile& x, int rno, std::string_view text) {
   const Sought key(*x.file, text, maxKeyLen);
   for (int found = _ndxFind(x, key); found >= 0; found = _ndxFwd(x)) {
     const NdxNode* const node = _top(x);
@@ -215,7 +240,7 @@ int _ndxFindRno(NdxFile& x, int rno, const std::string& text) {
 
 // Puts the cursor where a key goes that is added: on the first item with a higher key, or behind
 // the last item of the last leaf. Below a page whose nxt is gone that leaf hangs on the last item.
-int _seekPlace(NdxFile& x, const std::string& text) {
+int _seekPlace(NdxFile& x, std::string_view text) {
   const Sought key(*x.file, text, maxKeyLen);
   _clear(x);
   for (int no = x.file->root;;) {
@@ -266,14 +291,12 @@ void _setItem(const NdxPages& f, NdxNode& node, int i, const NdxItem& item) {
 // Carries the highest key of the cursor's page into the items above that stand for it.
 void _raiseKeys(NdxFile& x) {
   for (const NdxNode* child = _top(x); x.Nno.size() > 1 && child->nxt == 0;) {
-    const NdxItem last = NodeGetX(*child, child->count - 1);
     _pop(x);
     NdxNode* const node = _top(x);
     const int i = x.Ino.back();
     if (i >= node->count) return;  // reached through nxt, which needs no key
-    if (NodeRno(*node, i) == last.rno &&
-        std::memcmp(NodeKey(*node, i), last.key.data(), static_cast<size_t>(x.file->keylen)) == 0)
-      return;
+    if (NodeSameX(*node, i, *child, child->count - 1)) return;
+    const NdxItem last = NodeGetX(*child, child->count - 1);
     _setItem(*x.file, *node, i, {NodePll(*node, i), last.rno, last.key});
     NodeWrite(*x.file, *node);
     if (i + 1 < node->count) return;
@@ -287,7 +310,7 @@ int insertkey(NdxFile& x, NdxItem item) {
   for (;;) {
     NdxNode& node = *_top(x);
     NodeInsX(node, x.Ino.back(), item);
-    _noteOrder(f, node, x.Ino.back() - 1, x.Ino.back() + 1);
+    if (item.pll != 0) _noteOrder(f, node, x.Ino.back() - 1, x.Ino.back() + 1);
     NodeWrite(f, node);
     if (node.count <= f.maxitms) break;
     NdxItem right;
@@ -305,7 +328,7 @@ int insertkey(NdxFile& x, NdxItem item) {
   return 0;
 }
 
-int _ndxAdd(NdxFile& x, int rno, const std::string& key) {
+int _ndxAdd(NdxFile& x, int rno, std::string_view key) {
   ++x.file->version;
   int result = _seekPlace(x, key);
   NdxItem item{0, rno, {}};
@@ -341,7 +364,7 @@ bool _unlink(NdxFile& x) {
   return last;
 }
 
-int _ndxDel(NdxFile& x, int rno, const std::string& key) {
+int _ndxDel(NdxFile& x, int rno, std::string_view key) {
   if (_ndxFindRno(x, rno, key) != 0) return ndxFail;
   ++x.file->version;
   const int i = x.Ino.back();
@@ -402,8 +425,7 @@ int ndxFind(NdxFile& x, int length, std::string_view text) {
       [&]() -> int {
         if (!x.file) return ndxFail;
         const bool number = x.file->type == 'N';
-        const std::string key = number ? formatkey(*x.file, text) : std::string(text);
-        return _ndxFind(x, Sought(*x.file, key, length));
+        return _ndxFind(x, Sought(*x.file, number ? formatkey(*x.file, text) : text, length));
       });
 }
 
@@ -420,7 +442,7 @@ int ndxDel(NdxFile& x, int rno, std::string_view text) {
 int ndxDelRno(NdxFile& x, int rno) {
   if (!x.file || !ndxHasRno(x, rno)) return ndxFail;
   const NdxItem item = NodeGetX(*_top(x), x.Ino.back());
-  return _ndxDel(x, rno, std::string(item.key.data(), static_cast<size_t>(x.file->keylen)));
+  return _ndxDel(x, rno, {item.key.data(), static_cast<size_t>(x.file->keylen)});
 }
 
 }  // namespace mox

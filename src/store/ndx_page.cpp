@@ -206,8 +206,14 @@ void NodeInsX(NdxNode& node, int i, const NdxItem& item) {
   NodeSetX(node, i, item);
 }
 
+bool NodeSameX(const NdxNode& a, int i, const NdxNode& b, int j) {
+  return std::memcmp(NodeItem(a, i) + inRno, NodeItem(b, j) + inRno,
+                     static_cast<size_t>(a.itmlen - inRno)) == 0;
+}
+
 void NodeMoveX(NdxNode& node, int i, NdxNode& to) {
   to.count = node.count - i;
+  to.order = node.order;
   std::memcpy(_item(to, 0), _item(node, i), static_cast<size_t>(to.count) * node.itmlen);
   node.count = i;
 }
@@ -257,18 +263,17 @@ void HdrWrite(NdxPages& f) {
   put2(&f.header[atPages], f.pages);
 }
 
-std::string formatkey(const NdxPages& f, std::string_view text) {
-  if (f.type == 'N') {
-    double x = TxtToDbl(text);
-    if (x == 0) x = 0;  // a zero has no sign
-    const Bcd6 form = d2bcd6(x);
-    std::string key(form.begin(), form.end());
-    key.resize(static_cast<size_t>(f.keylen));  // a damaged header may tell another length
-    return key;
-  }
-  std::string key(text.substr(0, static_cast<size_t>(f.keylen)));
-  key.resize(static_cast<size_t>(f.keylen), ' ');
-  return key;
+std::string_view formatkey(NdxPages& f, std::string_view text) {
+  const auto length = static_cast<size_t>(f.keylen);
+  f.made.assign(text, 0, length);
+  f.made.resize(length, ' ');
+  if (f.type != 'N') return f.made;
+  double x = TxtToDbl(text);
+  if (x == 0) x = 0;  // a zero has no sign
+  const Bcd6 form = d2bcd6(x);
+  f.made.assign(form.begin(), form.end());
+  f.made.resize(length);  // a damaged header may tell another length
+  return f.made;
 }
 
 int ndxOpen(NdxFile& x, std::string_view filename, bool keep) {

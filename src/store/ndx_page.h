@@ -98,6 +98,7 @@ struct NdxPages {
   int maxitms = 0;   // most items that a page holds
   std::string expr;  // key expression
   Key key;           // the same, compiled at open
+  std::string made;  // by formatkey
   std::array<unsigned char, ndxPageSize> header{};
   std::array<unsigned char, ndxPageSize> settledHeader{};
   bool hdrChanged = false;
@@ -131,13 +132,15 @@ int NodeRno(const NdxNode& node, int i);
 const char* NodeKey(const NdxNode& node, int i);  // key length bytes, no terminator
 NdxItem NodeGetX(const NdxNode& node, int i);
 void NodeSetX(NdxNode& node, int i, const NdxItem& item);
-void NodeInsX(NdxNode& node, int i, const NdxItem& item);  // the items from i on move up
-void NodeMoveX(NdxNode& node, int i, NdxNode& to);         // those items become another page's
-void delItm(NdxNode& node, int i);                         // the items behind i move down
-void HdrWrite(NdxPages& f);                                // root and pages to the header
+void NodeInsX(NdxNode& node, int i, const NdxItem& item);          // the items from i on move up
+bool NodeSameX(const NdxNode& a, int i, const NdxNode& b, int j);  // record and key are the same
+void NodeMoveX(NdxNode& node, int i, NdxNode& to);  // those items become another page's
+void delItm(NdxNode& node, int i);                  // the items behind i move down
+void HdrWrite(NdxPages& f);                         // root and pages to the header
 
-// The full key of a text; for a numeric index the text begins with the number.
-std::string formatkey(const NdxPages& f, std::string_view text);
+// The full key of a text, until the next is made; for a numeric index the text begins with the
+// number.
+std::string_view formatkey(NdxPages& f, std::string_view text);
 
 // The file of this name, if it is open as an index.
 std::shared_ptr<NdxPages> ndxFindOpen(const std::string& name);

@@ -11,9 +11,9 @@ namespace {
 int _level = 0;
 
 void _sayItem(const NdxPages& f, const NdxNode& node, int i) {
-  const NdxItem item = NodeGetX(node, i);
-  std::printf("pll=%04d rno=%05d key=[%s]\n", item.pll, item.rno,
-              key2Txt(f, {item.key.data(), static_cast<size_t>(f.keylen)}).c_str());
+  const std::string_view key(NodeKey(node, i), static_cast<size_t>(f.keylen));
+  std::printf("pll=%04d rno=%05d key=[%s]\n", NodePll(node, i), NodeRno(node, i),
+              key2Txt(f, key).c_str());
 }
 
 }  // namespace
@@ -26,7 +26,7 @@ int ndxSetDbg(int level) {
 
 std::string key2Txt(const NdxPages& f, std::string_view key) {
   std::string text;
-  if (f.type != 'N') return text += key;
+  if (f.type != 'N') return text.append(key);
   constexpr size_t width = 23;
   Bcd6 form{};
   std::copy_n(key.begin(), std::min(key.size(), form.size()), form.begin());
