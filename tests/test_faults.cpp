@@ -207,7 +207,7 @@ const Statement statements[] = {
     {"APPEND BLANK"},
     {"REPLACE NAME WITH \"new\", AGE WITH 77", "", "GOTO 3"},
     {"EDIT 3", "abc\rx\r"},
-    {"APPEND", "abc\rx\r", "", true},
+    {"APPEND", "abc\rx\r", "", true}, {"APPEND", "\x17", "SET CARRY ON", true},
     {"@ 1,1 GET NAME : @ 2,1 GET AGE : READ", "xyz\r8\r", "GOTO 4"},
     {"BROWSE", "q\r5\r\x17"},
     {"DELETE", "", "GOTO 3"}, {"DELETE ALL FOR AGE>10", "", "", true}, {"RECALL ALL", "", "", true},

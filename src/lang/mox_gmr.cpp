@@ -36,10 +36,28 @@ struct Node {
   int firstMatch, matchCount;
 };
 
+// The room of a parse, kept from one to the next for its memory.
+struct ParseRoom {
+  std::vector<int> known;  // node, none or unknown, by rule and cursor
+  std::vector<Node> nodes;
+  std::vector<Match> matches;  // of finished rows
+  std::vector<Match> trying;   // of rows under way, the innermost last
+};
+
 class Parse {
  public:
-  Parse(CompileState& state, const Tokens& tokens)
-      : state_(state), tokens_(tokens), known_(ruleCount * (tokens.count() + 1), unknown) {}
+  Parse(CompileState& state, const Tokens& tokens, ParseRoom& room)
+      : state_(state),
+        tokens_(tokens),
+        known_(room.known),
+        nodes_(room.nodes),
+        matches_(room.matches),
+        trying_(room.trying) {
+    known_.assign(static_cast<size_t>(ruleCount * (tokens.count() + 1)), unknown);
+    nodes_.clear();
+    matches_.clear();
+    trying_.clear();
+  }
 
   // Node of the rule's first row that matches at the cursor, or -1.
   int rule(Rule r, int cursor);
@@ -60,10 +78,10 @@ class Parse {
 
   CompileState& state_;
   const Tokens& tokens_;
-  std::vector<int> known_;  // node, none or unknown, by rule and cursor
-  std::vector<Node> nodes_;
-  std::vector<Match> matches_;  // of finished rows
-  std::vector<Match> trying_;   // of rows under way, the innermost last
+  std::vector<int>& known_;
+  std::vector<Node>& nodes_;
+  std::vector<Match>& matches_;
+  std::vector<Match>& trying_;
 };
 
 int Parse::rule(Rule r, int cursor) {
@@ -72,9 +90,12 @@ int Parse::rule(Rule r, int cursor) {
   int result = known_[key] = none;  // until one matches: a rule can't begin with itself
   const std::string& token = tokens_.texts[static_cast<size_t>(cursor)];
   const char first = token.empty() ? '\0' : UpperChr(token[0]);
+  const int kind = tokens_.kinds[static_cast<size_t>(cursor)];
   for (const GrammarRow& candidate : _grammar().rows[static_cast<int>(r)]) {
     Node node{};
-    if ((candidate.first && candidate.first != first) || !row(candidate, cursor, node)) continue;
+    if ((candidate.first && candidate.first != first) ||
+        (candidate.kind != anyKind && candidate.kind != kind) || !row(candidate, cursor, node))
+      continue;
     result = static_cast<int>(nodes_.size());
     nodes_.push_back(node);
     break;
@@ -85,11 +106,10 @@ int Parse::rule(Rule r, int cursor) {
 
 bool Parse::row(const GrammarRow& row, int cursor, Node& node) {
   const size_t base = trying_.size();
-  const std::vector<Item>& items = row.alternative->items;
-  for (size_t i = 0; i < items.size(); ++i) {
-    const Item& item = items[i];
+  int i = 0;
+  for (const Item& item : row.alternative->items) {
     int times = 0;
-    Match match{static_cast<int>(i), cursor, cursor, none};
+    Match match{i++, cursor, cursor, none};
     if (!endWord(item, cursor)) {
       while (times < item.atMost && once(item, cursor, match)) {
         trying_.push_back(match);
@@ -191,7 +211,8 @@ void Parse::render(int number, std::string& text) const {
 }
 
 int _compile(Rule rule, CompileState& state, int& cursor, const Tokens& tokens, std::string& text) {
-  Parse parse(state, tokens);
+  static ParseRoom room;
+  Parse parse(state, tokens, room);
   const int node = parse.rule(rule, cursor);
   if (node < 0) return 0;
   text.clear();

@@ -88,8 +88,10 @@ std::string_view _cutText(GrammarRow& row) {
 Grammar::Grammar(const std::vector<Alternative>& table) {
   for (const Alternative& a : table) {
     GrammarRow row{&a, {}};
-    if (!a.items.empty() && a.items[0].kind == Item::kWord && a.items[0].atLeast > 0)
-      row.first = a.items[0].word[0];
+    if (!a.items.empty() && a.items[0].atLeast > 0) {
+      if (a.items[0].kind == Item::kWord) row.first = a.items[0].word[0];
+      if (a.items[0].kind == Item::kToken) row.kind = a.items[0].token;
+    }
     const std::string_view wrong = _cutText(row);
     if (wrong.empty()) {
       rows[static_cast<int>(a.rule)].push_back(std::move(row));

@@ -19,6 +19,8 @@ constexpr char anyWord = '\2';
 constexpr char anyKeyword = '\3';
 constexpr char nothing = '\0';
 
+constexpr int anyKind = -2;  // of a token
+
 // A name in braces that has to do with the block stack.
 struct BlockCommand {
   std::string_view name;
@@ -39,8 +41,10 @@ struct GrammarRow {
   const Alternative* alternative;
   std::vector<TextPiece> pieces;
   bool usesBlocks = false;
-  char first =
-      0;  // the letter that the first token must begin with, when the row begins with a word
+  // What the first token must begin with, when the row begins with a word; and its kind, when it
+  // begins with a token class.
+  char first = 0;
+  int kind = anyKind;
 };
 
 struct Grammar {

@@ -141,11 +141,12 @@ char _letter(const Step& step) {
   return other;
 }
 
-// True when the letters begin with those of the row. 1 is a number like any other.
-bool _fits(std::string_view letters, std::string_view row) {
-  for (size_t i = 0; i < row.size(); ++i) {
-    if (i == letters.size()) return false;
-    if (letters[i] != row[i] && !(row[i] == '9' && letters[i] == '1')) return false;
+// True when the letters, which end in a zero byte, begin with those of the row. 1 is a number like
+// any other.
+bool _fits(const char* letters, std::string_view row) {
+  for (const char letter : row) {
+    if (*letters != letter && !(letter == '9' && *letters == '1')) return false;
+    ++letters;
   }
   return true;
 }
@@ -190,7 +191,7 @@ void JoinSteps(Program& program) {
   std::string letters;
   for (const Step& step : program) letters += _letter(step);
   for (size_t i = 0; i < program.size(); ++i) {
-    const std::string_view here = std::string_view(letters).substr(i);
+    const char* const here = letters.c_str() + i;
     // A count of subscripts is in no run of its own.
     if (letters[i] == other || (letters[i] == '1' && i > 0 && letters[i - 1] == 'N')) continue;
     const auto fits = [here](const JoinRow& row) { return _fits(here, row.steps); };

@@ -37,7 +37,8 @@ bool _isWordChar(char c) { return (static_cast<signed char>(c) >= '0' && c != 12
 
 // Cuts the word off the step, leaving the rest of it.
 std::string_view GetWordD(std::string_view& step) {
-  const size_t start = std::min(step.find_first_not_of(" \t"), step.size());
+  size_t start = 0;
+  while (start < step.size() && (step[start] == ' ' || step[start] == '\t')) ++start;
   size_t end = start;
   while (end < step.size() && end - start < maxWord && _isWordChar(step[end])) ++end;
   const std::string_view word = step.substr(start, end - start);

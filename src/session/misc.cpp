@@ -74,6 +74,7 @@ std::string strUpper(std::string_view text) {
 int StrICmp(std::string_view a, std::string_view b) {
   const size_t n = std::min(a.size(), b.size());
   for (size_t i = 0; i < n; ++i) {
+    if (a[i] == b[i]) continue;
     const auto x = static_cast<unsigned char>(LowerChr(a[i]));
     const auto y = static_cast<unsigned char>(LowerChr(b[i]));
     if (x != y) return x < y ? -1 : 1;
