@@ -1,26 +1,17 @@
 // The host's keys and lines, its modes and signals, on a pseudo-terminal.
-#include <gtest/gtest.h>
+#include "screen.h"
 
 #include <signal.h>
 #include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
 
-#include <cstdio>
-
 #include "host/host.h"
-#include "screen.h"
-#include "temp_dir.h"
 
 namespace mox {
 
 namespace {
 
-struct Terminal : testing::Test {
-  void SetUp() override {
-    if (!Screen::Possible()) GTEST_SKIP() << "No pseudo-terminal can be had here";
-  }
-};
+struct Terminal : OnScreen {};
 
 // Tells keys up to a q, then, when a byte comes from the other side, a line, and so on.
 int g_goOn[2];
@@ -37,8 +28,6 @@ void KeysAndLines() {
     std::printf("[%s]", line.c_str());
   }
 }
-
-void Mox() { execl(MOX_PROGRAM, MOX_PROGRAM, nullptr); }
 
 // Runs the program as a job, and continues it after an Enter when it has been stopped.
 void JobShell() {
@@ -80,7 +69,7 @@ TEST_F(Terminal, KeysAndLinesAlternate) {
                        "<255><255><255><255><24><255><255><255><255><120>"));
   // Between two keys they aren't echoed, and Ctrl-C stops the program.
   EXPECT_TRUE(t.Prints("q", "<113>busy"));
-  EXPECT_EQ(t.Flags() & (ECHO | ICANON | ISIG), static_cast<unsigned>(ISIG));
+  EXPECT_EQ(t.Settings().c_lflag & (ECHO | ICANON | ISIG), tcflag_t{ISIG});
   // Typed ahead: what follows the q is a line, shown and edited when it is read.
   EXPECT_TRUE(
       t.Prints("x\x15\x7fyz\x1b[D\x16\xc3\xa4\x7f\x7f"
@@ -96,7 +85,6 @@ TEST_F(Terminal, KeysAndLinesAlternate) {
 // On a terminal that can't move its cursor lines are the terminal's, and it stands as it was found
 // whenever the prompt is back. On others it does whenever no line or key is awaited.
 TEST_F(Terminal, InterruptsAndSignals) {
-  const TempDir folder;
   PutBytes("poll.cmd", "? 6*8\nDO WHILE INKEY()<>\"q\"\nENDDO\n");
   PutBytes("loop.cmd", "? 6*7\nDO WHILE 1=1\nENDDO\n");
   PutBytes("keys.cmd", "DO WHILE 1=1\nWAIT\nENDDO\n");
@@ -156,7 +144,6 @@ TEST_F(Terminal, EditedLineLeavesAsItCame) {
     EXPECT_EQ(t.Mode(), t.FirstMode());
   }
   // The end of the input, typed ahead while another program has the terminal.
-  const TempDir folder;
   PutBytes("f", "");
   Screen t(Mox);
   ASSERT_TRUE(t.Prints("? RUN(\"sh\",\"-c 'echo go; while test -e f; do :; done'\")\r", "lgo"));
