@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utmp.h>
@@ -36,10 +35,6 @@ size_t WholeLetters(const std::string& text) {
   return text.size();
 }
 
-winsize Size(int rows, int cols) {
-  return {static_cast<unsigned short>(rows), static_cast<unsigned short>(cols), 0, 0};
-}
-
 }  // namespace
 
 std::string Repeat(const std::string& text, int n) {
@@ -50,12 +45,11 @@ std::string Repeat(const std::string& text, int n) {
 
 void Mox() { execl(MOX_PROGRAM, MOX_PROGRAM, nullptr); }
 
-Screen::Screen(const std::function<void()>& child, const char* term, int rows, int cols)
-    : rows_(rows), cols_(cols), vt_(vterm_new(rows, cols)), screen_(vterm_obtain_screen(vt_)) {
+Screen::Screen(const std::function<void()>& child, const char* term, Cells rows, Cells cols)
+    : size_{rows, cols, 0, 0}, vt_(vterm_new(rows, cols)), screen_(vterm_obtain_screen(vt_)) {
   vterm_set_utf8(vt_, 1);
   vterm_screen_reset(screen_, 1);
-  winsize size = Size(rows, cols);
-  const bool opened = openpty(&master_, &slave_, nullptr, nullptr, &size) == 0 &&
+  const bool opened = openpty(&master_, &slave_, nullptr, nullptr, &size_) == 0 &&
                       fcntl(master_, F_SETFL, O_NONBLOCK) == 0;
   found_ = opened ? Mode() : "";
   if (!opened || (pid_ = fork()) < 0)
@@ -107,11 +101,10 @@ bool Screen::Waits() const {
   return !(mode.c_lflag & ICANON) && (forLine || !(mode.c_lflag & ISIG));
 }
 
-void Screen::Resize(int cols) {
-  cols_ = cols;
-  const winsize size = Size(rows_, cols);
-  vterm_set_size(vt_, rows_, cols);
-  ioctl(master_, TIOCSWINSZ, &size);
+void Screen::Resize(Cells cols) {
+  size_.ws_col = cols;
+  vterm_set_size(vt_, size_.ws_row, cols);
+  ioctl(master_, TIOCSWINSZ, &size_);
   Type("");
 }
 
@@ -162,7 +155,7 @@ VTermScreenCell Screen::Cell(int row, int col) const {
 
 std::string Screen::Row(int row, bool reverse) const {
   std::string line;
-  for (int col = 0; col < cols_; ++col) {
+  for (int col = 0; col < size_.ws_col; ++col) {
     VTermScreenCell cell = Cell(row, col);
     vterm_screen_convert_color_to_rgb(screen_, &cell.bg);
     const uint32_t c = cell.chars[0] == 0 ? ' ' : cell.chars[0];
@@ -175,7 +168,7 @@ std::string Screen::Row(int row, bool reverse) const {
 
 std::string Screen::All() const {
   std::string all;
-  for (int row = 0; row < rows_; ++row) all += Row(row) + '\n';
+  for (int row = 0; row < size_.ws_row; ++row) all += Row(row) + '\n';
   return all;
 }
 
@@ -226,7 +219,7 @@ void OnScreen::SetUp() {
   close(slave);
 }
 
-void OnScreen::Start(const std::vector<std::string>& lines, int rows, int cols) {
+void OnScreen::Start(const std::vector<std::string>& lines, Cells rows, Cells cols) {
   screen_ = std::make_unique<Screen>(Mox, "xterm", rows, cols);
   Lines(lines);
 }

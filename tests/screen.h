@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <vterm.h>
 
@@ -18,16 +19,18 @@ inline const std::string kEnter = "\r", kTab = "\t";
 std::string Repeat(const std::string& text, int n);
 void Mox();  // becomes the program
 
+using Cells = unsigned short;  // as a terminal has its size
+
 class Screen {
  public:
   // Runs child in a process of its own on the terminal, which is one of a kind that TERM tells.
-  explicit Screen(const std::function<void()>& child, const char* term = "xterm", int rows = 24,
-                  int cols = 80);
+  explicit Screen(const std::function<void()>& child, const char* term = "xterm", Cells rows = 24,
+                  Cells cols = 80);
   ~Screen();
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
-  void Resize(int cols);  // gives the terminal another width
+  void Resize(Cells cols);  // gives the terminal another width
   // Types keys and waits until the program has taken them and prints no more.
   void Type(const std::string& keys);
   // Reads on until something can be seen; false after 10 seconds without it.
@@ -59,8 +62,7 @@ class Screen {
 
   int master_ = -1, slave_ = -1;
   pid_t pid_ = -1;
-  const int rows_;
-  int cols_;
+  winsize size_;
   VTerm* const vt_;
   VTermScreen* const screen_;
   std::string text_, all_, found_;  // read and not yet fed; ever read; the mode at first
@@ -73,7 +75,7 @@ class OnScreen : public testing::Test {
   OnScreen();             // a user's history is left alone
   void SetUp() override;  // skips where no pseudo-terminal can be had
   // Runs the program, and types lines at its prompt.
-  void Start(const std::vector<std::string>& lines = {}, int rows = 24, int cols = 80);
+  void Start(const std::vector<std::string>& lines = {}, Cells rows = 24, Cells cols = 80);
   void Lines(const std::vector<std::string>& lines);
   // Expects a text in the row that is so many above the cursor's.
   void Above(int rows, const std::string& text);

@@ -14,6 +14,7 @@ const std::string kUp = "\x05", kDown = "\x18", kLeft = "\x13", kRight = "\x04",
                   kQuit = "\x11", kInsert = "\x16", kDelete = "\x07", kBack = "\x08",
                   kMark = "\x15", kPanLeft = "\x01", kPanRight = "\x06";
 
+// Lines one below the other, from a place on.
 struct Seen {
   int row, col;
   std::string text;
@@ -31,12 +32,15 @@ class ScreenTest : public OnScreen {
   // Types keys, then expects what stands on the screen, and the cursor at a place.
   void Do(const std::string& keys, const std::vector<Seen>& seen = {}, const Place& cursor = {}) {
     screen_->Type(keys);
-    for (const auto& [row, col, text] : seen) {
-      const auto sees = [&, row = row, col = col, &text = text] {
-        return (screen_->Row(row) + std::string(130, ' ')).compare(col, text.size(), text) == 0;
-      };
-      EXPECT_TRUE(screen_->Until(sees)) << row << "," << col << ": " << text << "\n"
-                                        << screen_->All();
+    for (auto [row, col, text] : seen) {
+      std::istringstream lines(text);
+      while (std::getline(lines, text)) {
+        const auto sees = [&] {
+          return (screen_->Row(row) + std::string(130, ' ')).compare(col, text.size(), text) == 0;
+        };
+        EXPECT_TRUE(screen_->Until(sees)) << text << "\n" << screen_->All();
+        ++row;
+      }
     }
     EXPECT_EQ(screen_->Cursor(), cursor.value_or(screen_->Cursor()));
   }
@@ -65,8 +69,7 @@ TEST_F(ScreenTest, FormDrawsAndSaves) {
         {"Bob         7.5T", "Eve         8.0F"});
   PutBytes("f.fmt", "@ 5,10 SAY \"Name\" GET NAME\n@ 6,10 SAY \"Age\" GET AGE\n@ 2*4-1,10 GET V\n");
   Start({"USE p", "STORE \"abc\" TO V", "SET FORMAT TO f", "ERASE"});
-  Do("READ" + kEnter, {{5, 10, "Name:Bob       :"}, {6, 10, "Age:  7.5:"}, {7, 10, ":abc:"}},
-     {{5, 15}});
+  Do("READ" + kEnter, {{5, 10, "Name:Bob       :\nAge:  7.5:\n:abc:"}}, {{5, 15}});
   EXPECT_EQ(screen_->Row(5, true), std::string(15, ' ') + "Bob_______");
   // A lone field end keeps what was typed; a number gets its form when its field is left.
   Do("Al\"" + kMark, {{5, 10, "Name:Al\"       :"}});
@@ -88,15 +91,10 @@ TEST_F(ScreenTest, FormPlacesAndPictures) {
       "@ 11,0 GET M\n@ 23,60 GET LONG\nREAD\n");
   Table({{"LONG", 'C', 60}}, {std::string(60, 'L'), std::string(60, 'L')});
   Start({"USE p", "SET CONFIRM ON", "SET SCREEN ON"});
-  Do("DO a" + kEnter, {{2, 76, ":ab"},
-                       {3, 76, ":ab"},
-                       {4, 0, " 1.5      .T."},
-                       {5, 0, ":12x45:"},
-                       {7, 0, ":T:"},
-                       {9, 0, ":         3:"},
-                       {10, 0, ":         2:"},
-                       {22, 70, "1234567890"},
-                       {23, 60, ":" + std::string(19, 'L')}});
+  Do("DO a" + kEnter,
+     {{2, 76, ":ab\n:ab"},
+      {4, 0, " 1.5      .T.\n:12x45:\n:ab:\n:T:\n:ab:\n:         3:\n:         2:\n:F:"},
+      {22, 60, "          1234567890\n:" + std::string(19, 'L')}});
   // Every printable character in turn: the picture decides which positions take it, and the
   // field without any is passed over.
   std::string all;
@@ -140,9 +138,7 @@ TEST_F(ScreenTest, RecordEditor) {
   Table({{"NAME", 'C', 10}, {"AGE", 'N', 5, 2}, {"OK", 'L', 1}, {"BIG", 'N', 4, 1}},
         {"Bob        1.25T1234", "Eve        2.50F 0.5"});
   Start({"USE p"});
-  Do("EDIT 1" + kEnter, {{0, 0, "RECORD # 00001"},
-                         {1, 0, "NAME      :Bob       :"},
-                         {2, 0, "AGE       : 1.25:"},
+  Do("EDIT 1" + kEnter, {{0, 0, "RECORD # 00001\nNAME      :Bob       :\nAGE       : 1.25:"},
                          {4, 0, "BIG       :1234:"}});
   Do(kMark + kMark + kMark + "\"Al\"" + kTab, {{1, 10, ":\"Al\"      :"}, {0, 32, "DELETED"}});
   Do("123.4", {{2, 10, ": 0.00:"}});  // the field is full; the number has no room
@@ -175,9 +171,7 @@ TEST_F(ScreenTest, Browse) {
     records.push_back("name" + std::to_string(i) + "   x" + std::to_string(i) + "w");
   Table({{"NAME", 'C', 10}, {"LONGNAME", 'C', 1}, {"N", 'N', 3}, {"W", 'C', 1}}, records);
   Start({"USE p"});
-  Do("BROWSE" + kEnter, {{0, 0, "RECORD # :00001"},
-                         {1, 0, "NAME------ L N-- W"},
-                         {2, 0, "name101    x 101 w"},
+  Do("BROWSE" + kEnter, {{0, 0, "RECORD # :00001\nNAME------ L N-- W\nname101    x 101 w"},
                          {20, 0, "name119    x 119 w"}});
   EXPECT_EQ(screen_->Row(2, true), "name101___ x 101 w");
   Do(Repeat(kDown, 19), {{2, 0, "name120"}, {20, 0, "name138"}, {0, 10, "00020"}});
@@ -201,10 +195,9 @@ TEST_F(ScreenTest, ModifyStructure) {
   const std::string before = Bytes("p.dbf");
   Start({"USE p", "MODIFY STRUCTURE"});
   EXPECT_TRUE(screen_->Prints("n", "RECORDS ... PROCEED? (Y/N) N"));
-  Do("MODIFY STRUCTURE" + kEnter + "y", {{1, 0, "           NAME      TYP LEN  DEC"},
-                                         {2, 0, "FIELD 01  :NAME       C  010  000  :"},
-                                         {3, 0, "FIELD 02  :AGE        N  005  001  :"},
-                                         {23, 0, "FIELD 22  :                        :"}});
+  Do("MODIFY STRUCTURE" + kEnter + "y",
+     {{1, 10, " NAME      TYP LEN  DEC\n:NAME       C  010  000  :\n:AGE        N  005  001  :"},
+      {23, 0, "FIELD 22  :                        :"}});
   Do(Repeat(kDown, 22), {{2, 0, "FIELD 09"}, {23, 0, "FIELD 30"}});
   Do(Repeat(kDown, 40), {{2, 0, "FIELD 17"}, {17, 0, "FIELD 32"}});
   Do("LOST" + kQuit, {{23, 0, ". "}});
@@ -212,11 +205,9 @@ TEST_F(ScreenTest, ModifyStructure) {
   Do("MODIFY STRUCTURE" + kEnter + "Y" + kTab + kUp + kTab + kEnter + "bad x 1" + kDown + "flag l" +
          kDown + kDown + "dropped c 3" + kSave,
      {{22, 0, "BAD TYPE FIELD"}});
-  Lines({"APPEND BLANK", "ERASE", "DISPLAY STRUCTURE"});
-  const std::string all = screen_->All();
-  EXPECT_NE(all.find("004     FLAG         L    001"), std::string::npos) << all;
-  EXPECT_EQ(all.find("DROPPED"), std::string::npos) << all;
-  EXPECT_EQ(Records(), std::string(17, ' '));
+  Lines({"APPEND BLANK"});
+  EXPECT_EQ(Records(), std::string(17, ' '));  // what stands behind a blank line has no room
+  EXPECT_TRUE(screen_->Prints("DISPLAY STRUCTURE" + kEnter, "004     FLAG         L    001"));
   EXPECT_FALSE(fs::exists("p.dbf.new"));
   Quit();
 }
@@ -237,7 +228,6 @@ TEST_F(ScreenTest, ProgramEditor) {
      {{4, 0, seventy}, {5, 0, wide.substr(0, 80)}});  // too long to join
   Do(kSave, {{23, 0, ". "}});
   EXPECT_EQ(Bytes("a.cmd"), "XoYe\n\ntwo\n" + seventy + "\n" + wide + "\n");
-
   Do("MODIFY COMMAND b" + kEnter + "lost" + kQuit, {{23, 0, ". "}});
   EXPECT_EQ(Bytes("b.cmd"), text);
   Do("MODIFY COMMAND b" + kEnter + Repeat(kDown, 22), {{23, 0, "line 23"}});
@@ -245,7 +235,6 @@ TEST_F(ScreenTest, ProgramEditor) {
   Do(Repeat(kUp, 17), {{1, 0, "line 1"}, {8, 0, "line 8"}}, {{8, 3}});
   Do(kSave, {{23, 0, ". "}});
   EXPECT_EQ(Bytes("b.cmd"), text + "\nend\n");
-
   fs::create_directory("d.cmd");
   Do("MODIFY COMMAND d" + kEnter, {{22, 0, "CANNOT CREATE FILE d.cmd"}});
   Do("MODIFY COMMAND new.fmt" + kEnter + kDelete + "a" + kEnter + " b");
@@ -261,7 +250,8 @@ TEST_F(ScreenTest, ProgramEditor) {
 // tells it; a picture blanks what it does not take as soon as its field is entered; "|" stands
 // between statements. A form that hasn't ended takes the QUIT behind it.
 TEST_F(ScreenTest, KeysAndWhatTheyLeave) {
-  const std::string full = Repeat(kRight, 9), five = Repeat(kDown, 5), b = kDown, c = b + b;
+  const std::string full = Repeat(kRight, 9), five = Repeat(kDown, 5), b = kDown, c = b + b,
+                    read = "SET FORMAT TO f|GOTO 2|READ";
   const struct {
     std::string statements, keys, record;
   } rows[] = {
@@ -269,25 +259,20 @@ TEST_F(ScreenTest, KeysAndWhatTheyLeave) {
       {"EDIT 2", kBack + kRight + kRight + kBack + kLeft + kLeft + "x" + kSave,
        " xb     1.25 0.5TAb-c"},
       {"EDIT 2", kRight + kDelete + kDelete + kDown + kUp + "x" + kSave, " x      1.25 0.5TAb-c"},
-      {"EDIT 2", kInsert + "xyz" + kSave, " xyzBo  1.25 0.5TAb-c"},
       {"EDIT 2", kInsert + "x" + kInsert + "y" + kSave, " xyob   1.25 0.5TAb-c"},
       {"EDIT 2", "12345" + kEnter + "7" + kTab + "F" + "zzzz", " 12345  1.2570.5Fzzzz"},
       {"EDIT 2", kUp + kUp + "x" + five, " xob    1.25 0.5TAb-c"},
       {"SET CONFIRM ON|EDIT 2", "123456" + five + b + "zzzzz" + kSave, " 12345  1.25 0.5Tzzzz"},
-      {"EDIT 2", kMark + kSave, "*Bob    1.25 0.5TAb-c"},
-      {"EDIT 2", kMark + kDown + kMark + kSave, " Bob    1.25 0.5TAb-c"},
       {"EDIT 2", kMark + "x" + kQuit, " Bob    1.25 0.5TAb-c"},
       {"EDIT 2", b + "1234.5" + "-9.9" + kSave, " Bob    0.00-9.9TAb-c"},
       {"EDIT 2", b + "999.99abc" + kDown + kUp + kSave, " Bob  999.99 0.0TAb-c"},
       {"DELETE RECORD 3|EDIT 2", kSave + "APPEND\r" + kQuit, " Bob    1.25 0.5TAb-c"},
-      {"SET FORMAT TO f|GOTO 2|READ", "X" + b + "a1b2" + kSave, " Xob  121.00 0.5TAb-c"},
-      {"SET FORMAT TO f|GOTO 2|READ", b + "99-9.9" + c + "t5" + kSave, " Bob   99.00 0.5t5b c"},
-      {"SET FORMAT TO f|GOTO 2|READ", kUp + c + "12.5" + "5F" + "zZ" + kRight + "9y",
-       " Bob    1.0012.5FZZ y"},
-      {"SET FORMAT TO f|GOTO 2|READ", "X" + five + kUp + kQuit, " Xob    1.00 0.5TAb c"},
-      {"SET FORMAT TO f|GOTO 2|READ", "X" + b + kQuit, " Bob    1.25 0.5TAb-c"},
-      {"SET CONFIRM ON|SET FORMAT TO f|GOTO 2|READ", five + b + kUp + "F" + kSave,
-       " Bob    1.00 0.5FAb c"},
+      {read, "X" + b + "a1b2" + kSave, " Xob  121.00 0.5TAb-c"},
+      {read, b + "99-9.9" + c + "t5" + kSave, " Bob   99.00 0.5t5b c"},
+      {read, kUp + c + "12.5" + "5F" + "zZ" + kRight + "9y", " Bob    1.0012.5FZZ y"},
+      {read, "X" + five + kUp + kQuit, " Xob    1.00 0.5TAb c"},
+      {read, "X" + b + kQuit, " Bob    1.25 0.5TAb-c"},
+      {"SET CONFIRM ON|" + read, five + b + kUp + "F" + kSave, " Bob    1.00 0.5FAb c"},
       {"GOTO 2|BROWSE", "x" + kUp + "y" + kQuit, " xob    1.25 0.5TAb-c"},
       {"GOTO 2|BROWSE", "x" + kTab + "7" + kDown + kUp + kQuit, " Bob    7.00 0.5TAb-c"},
       {"GOTO 2|BROWSE", kTab + "1234.5" + kTab + "9999" + kSave, " Bob    1.25 0.5TAb-c"},
@@ -314,7 +299,7 @@ TEST_F(ScreenTest, KeysAndWhatTheyLeave) {
 // told of once; the colours of fields go with the statement.
 TEST_F(ScreenTest, Windows) {
   struct {
-    int rows, cols;
+    Cells rows, cols;
     std::pair<int, int> edge, cursor;
     std::string shown;
   } const cases[] = {{24, 80, {23, 79}, {3, 21}, "H"},
@@ -334,7 +319,7 @@ TEST_F(ScreenTest, Windows) {
     EXPECT_TRUE(screen_->Plain(screen_->Cursor().first, 0));
     EXPECT_EQ(Records(), " " + std::string(91, 'w') + "X" + std::string(29, 'w'));
     Do("MODIFY COMMAND b" + kEnter);
-    EXPECT_EQ(screen_->Row(1).size(), static_cast<size_t>(std::min(c.cols, 100)));
+    EXPECT_EQ(screen_->Row(1).size(), std::min<size_t>(c.cols, 100));
     Do(kQuit);
     Quit();
   }
@@ -379,21 +364,16 @@ TEST_F(ScreenTest, ExampleClub) {
   Do("", {{4, 20, "1  Add a member"}, {10, 20, "Your choice: :"}});
   Do("1", {{3, 10, "Name   :                    :"}});
   Do("Novak, Eva" + kEnter + "Praha" + kEnter + "202480.5" + kEnter + "T");
-  Do("1");
-  Do("Nobody" + kQuit, {{10, 20, "Your choice: :"}});
-  Do("2");
-  Do("Olsen" + kEnter, {{3, 10, "Name   :Olsen, Ruth"}});
+  Do("1Nobody" + kQuit, {{10, 20, "Your choice: :"}});
+  Do("2Olsen" + kEnter, {{3, 10, "Name   :Olsen, Ruth"}});
   Do(kEnter + "Oslo  " + kEnter + kDown + "  90" + kSave);
   // Browse follows the index; a changed name takes its new place.
   Do("3", {{2, 0, "Aalto, Mika"}, {4, 0, "Novak, Eva"}});
   Do("Zaalto, Mi" + kDown, {{2, 0, "Zaalto, Mi"}});
   Do(kUp + kUp + kUp, {{2, 0, "Novak, Eva"}, {5, 0, "Zaalto, Mi"}});
-  Do(kQuit);
-  Do("4", {{1, 7, "Costa, Ines"},
-           {3, 7, "Olsen, Ruth          Oslo             1998   90.00 .T."},
-           {5, 7, "Zaalto, Mi"},
-           {7, 1, "Fees    446.00"},
-           {8, 1, "Paid    290.50"}});
+  Do(kQuit + "4", {{1, 7, "Costa, Ines"},
+                   {3, 7, "Olsen, Ruth          Oslo             1998   90.00 .T."},
+                   {7, 1, "Fees    446.00\nPaid    290.50"}});
   Do(" 0");
   EXPECT_EQ(screen_->Ended(), 0);
   EXPECT_EQ(Bytes("MEMBERS.dbf")[1], 5);
