@@ -114,7 +114,8 @@ bool ReadEnded(std::FILE* f, const std::string& path) {
 }
 
 bool TextReader::fill() {
-  const size_t most = block_.empty() ? 1 << 12 : 1 << 16;  // mostly a file is small
+  constexpr size_t few = 1 << 12, many = 1 << 16;
+  const size_t most = block_.size() < few ? few : many;  // mostly a file is small
   block_.resize(most);
   block_.resize(std::fread(block_.data(), 1, most, f_));
   at_ = 0;
