@@ -87,19 +87,6 @@ TEST(Files, LinesOfTextFiles) {
     EXPECT_EQ(ReadLines("t"), lines) << bytes;
   }
   EXPECT_FALSE(ReadLines("."));
-
-  // Numbered files.
-  PutBytes("t", "one\n\x1A");
-  FpCloseAll();
-  EXPECT_EQ(FpFreeFile() + FpPrintTxt(0, ""), 2);
-  EXPECT_EQ(FpOpen(1, "t", "rb"), -1);
-  EXPECT_EQ(FpOpen(2, ".", "rb"), -3);
-  EXPECT_EQ(FpOpen(2, "t", "rb"), 0);
-  EXPECT_EQ(FpLineInput(2), "one");
-  EXPECT_FALSE(FpLineInput(2));
-  EXPECT_TRUE(FpEOF(2));
-  FpCloseAll();
-  EXPECT_EQ(FpClose(2), -2);
 }
 
 }  // namespace mox

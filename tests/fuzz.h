@@ -1,5 +1,5 @@
 // What reads bytes that anybody may have made, each tried in a session of its own in the current
-// folder, in which it may leave files.
+// folder, in which it may leave files. Keys come from typed.h's pipe.
 #pragma once
 
 #include <string>
@@ -11,6 +11,3 @@ struct FuzzTarget {
   std::vector<std::string> (*seeds)();
 };
 extern const std::vector<FuzzTarget> fuzzTargets;
-
-// To be called once, before the first: input comes from a pipe, output goes nowhere.
-void FuzzBegin();
