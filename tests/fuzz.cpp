@@ -31,37 +31,24 @@ void Expression(const std::string& bytes) {
   errnum = errNone;
   EvalExpr(bytes.substr(0, bytes.find('\0')), 1000, value);
 }
+// Bytes become a file, which the statements read.
+std::function<void(const std::string&)> OnFile(const char* file, const std::string& statements) {
+  return [=](const std::string& bytes) {
+    SessionInit();
+    PutBytes(file, bytes);
+    RunEach("SET TALK OFF\n" + statements);
+  };
+}
 void TableFile(const std::string& bytes) {
-  SessionInit();
-  PutBytes("F.dbf", bytes);
-  RunEach(
-      "SET TALK OFF\nUSE F\nDISPLAY STRUCTURE\nLIST NEXT 20\nGOTO 2\nREPLACE N WITH "
-      "\"abc\"\nDELETE\n"
-      "APPEND BLANK\nGOTO BOTTOM\nLOCATE FOR N=\"a\"");
+  OnFile("F.dbf",
+         "USE F\nDISPLAY STRUCTURE\nLIST NEXT 20\nGOTO 2\nREPLACE N WITH \"abc\"\nDELETE\n"
+         "APPEND BLANK\nGOTO BOTTOM\nLOCATE FOR N=\"a\"")(bytes);
   if (bytes.size() > 2 && bytes[2] != 0) return;  // up to 255 records
   RunEach(
       "COPY TO G\nSORT ON N TO G\nTOTAL TO G ON N\nINDEX ON N TO G\nUSE F INDEX G\nFIND \"a\"\n"
       "APPEND FROM F\nPACK\nUPDATE FROM F ON N ADD A\nSELECT B\nUSE F\nJOIN TO G FOR N=S.N");
 }
-void IndexFile(const std::string& bytes) {
-  SessionInit();
-  PutBytes("I.ndx", bytes);
-  RunEach(
-      "SET TALK OFF\nUSE T INDEX I\nLIST\nFIND \"bob\"\nSKIP -1\nGOTO BOTTOM\nREPLACE N WITH "
-      "\"new\"\n"
-      "REPLACE A WITH 7\nAPPEND BLANK\nREPLACE N WITH \"x\"\nGOTO 2\nLIST NEXT 9\nREINDEX\nLIST");
-}
-void MemoryFile(const std::string& bytes) {
-  SessionInit();
-  PutBytes("M.mem", bytes);
-  RunEach("RESTORE FROM M\nDISPLAY MEMORY\nSAVE TO M\nRESTORE FROM M");
-}
-void Text(const std::string& bytes, const char* form) {
-  SessionInit();
-  PutBytes("X.txt", bytes);
-  RunEach(std::string("SET TALK OFF\nUSE T\nCOPY TO E STRUCTURE\nUSE E\nAPPEND FROM X SDF") + form +
-          "\nLIST\nCOPY TO Y SDF" + form);
-}
+const std::string throughText = "USE T\nCOPY TO E STRUCTURE\nUSE E\n";
 void Keys(const std::string& bytes) {
   static const char* const screens[] = {
       "EDIT 2",
@@ -94,17 +81,15 @@ Seeds ExpressionSeeds() {
       "INT(-1.5)|$(Y,2,2)|@(\"x\",Y)|LEN(TRIM(Y))|DATE()|!(Y)",
       "|");
 }
-Seeds TableSeeds() { return Table(), Seeds{Bytes("T.dbf")}; }
-Seeds IndexSeeds() { return Table(), Seeds{Bytes("N.ndx"), Bytes("A.ndx")}; }
-Seeds MemorySeeds() {
+Seeds Files(const Lines& names) {
   Table();
-  Do("STORE T TO L : SAVE TO M");
-  return {Bytes("M.mem")};
+  Do("STORE T TO L : SAVE TO M : USE T : COPY TO F.txt SDF");
+  Seeds seeds;
+  for (const std::string& name : names) seeds.push_back(Bytes(name));
+  return seeds;
 }
 Seeds TextSeeds() {
-  Table();
-  Do("USE T : COPY TO F.txt SDF");
-  return {Bytes("in.txt"), Bytes("F.txt"), "\"a\"\"b\" , 1e99,T\r\n\x1A"};
+  return PutBytes("t", "\"a\"\"b\" , 1e99,T\r\n\x1A"), Files({"in.txt", "F.txt", "t"});
 }
 Seeds KeySeeds() {
   Seeds seeds;
@@ -131,11 +116,21 @@ const FuzzTarget& Target() {
 const std::vector<FuzzTarget> fuzzTargets = {
     {"source", [](const std::string& bytes) { Compiled(bytes, true); }, SourceSeeds},
     {"expression", Expression, ExpressionSeeds},
-    {"table", TableFile, TableSeeds},
-    {"index", IndexFile, IndexSeeds},
-    {"memory", MemoryFile, MemorySeeds},
-    {"fixed", [](const std::string& bytes) { Text(bytes, ""); }, TextSeeds},
-    {"delimited", [](const std::string& bytes) { Text(bytes, " DELIMITED"); }, TextSeeds},
+    {"table", TableFile, [] { return Files({"T.dbf"}); }},
+    {"index",
+     OnFile("I.ndx",
+            "USE T INDEX I\nLIST\nFIND \"bob\"\nSKIP -1\nGOTO BOTTOM\nREPLACE N WITH \"new\"\n"
+            "REPLACE A WITH 7\nAPPEND BLANK\nREPLACE N WITH \"x\"\nGOTO 2\nLIST NEXT 9\n"
+            "REINDEX\nLIST"),
+     [] {
+       return Files({"N.ndx", "A.ndx"});
+     }},
+    {"memory", OnFile("M.mem", "RESTORE FROM M\nDISPLAY MEMORY\nSAVE TO M\nRESTORE FROM M"),
+     [] { return Files({"M.mem"}); }},
+    {"fixed", OnFile("X.txt", throughText + "APPEND FROM X SDF\nLIST\nCOPY TO Y SDF"), TextSeeds},
+    {"delimited",
+     OnFile("X.txt", throughText + "APPEND FROM X SDF DELIMITED\nLIST\nCOPY TO Y SDF DELIMITED"),
+     TextSeeds},
     {"keys", Keys, KeySeeds},
 };
 

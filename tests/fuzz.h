@@ -2,12 +2,13 @@
 // folder, in which it may leave files. Keys come from typed.h's pipe.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
 struct FuzzTarget {
   const char* name;
-  void (*run)(const std::string& bytes);
+  std::function<void(const std::string& bytes)> run;
   std::vector<std::string> (*seeds)();
 };
 extern const std::vector<FuzzTarget> fuzzTargets;

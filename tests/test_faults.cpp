@@ -238,8 +238,6 @@ void ExpectWhole(const Statement& s, State before, State after, bool told) {
 }
 
 struct Refusals : Faults {
-  int tried = 0, marked = 0;
-
   // False when there was no k-th use of a file.
   bool Try(const Statement& s, const State& before, const State& after) {
     const std::string told = Do(s.text, s.typed);
@@ -265,7 +263,6 @@ struct Refusals : Faults {
       Do(s.before), Do(s.text, s.typed);
       for (const auto& file : Look()) EXPECT_FALSE(IsLeft(file)) << file.first;
     }
-    tried += refused, marked += mark;
     return refused;
   }
   void Each(const Statement& s) {
@@ -304,7 +301,6 @@ struct Refusals : Faults {
 TEST_F(Refusals, OfEachStatement) {
   InChild([&] {
     for (const Statement& s : statements) Each(s);
-    std::printf("%d refusals, %d indexes marked\n", tried, marked);
   });
 }
 

@@ -36,15 +36,12 @@ Lines Statements() {
   for (const std::string& a : operands) {
     for (const char* tail : {"", "+1", "-1.5", "*2", " .AND. B", " .OR. L", "+1 .AND. V"})
       all.push_back("STORE " + a + tail + " TO S2");
-    all.push_back("STORE .NOT. " + a + " TO S2");
-    all.push_back("STORE " + a + " TO NEW");
-    all.push_back("STORE LEN(" + a + ") TO S2");
-    for (const char* op : {"<", "<=", "=", "<>", ">=", ">"}) {
-      all.push_back("STORE " + a + op + "1.5 TO S2");
-      all.push_back("IF " + a + op + "2\nSTORE 7 TO S2\nENDIF");
-    }
+    all.insert(all.end(), {"STORE .NOT. " + a + " TO S2", "STORE " + a + " TO NEW",
+                           "STORE LEN(" + a + ") TO S2", "IF " + a + "=V\nSTORE 7 TO S2\nENDIF"});
+    for (const char* op : {"<", "<=", "=", "<>", ">=", ">"})
+      all.insert(all.end(),
+                 {"STORE " + a + op + "1.5 TO S2", "IF " + a + op + "2\nSTORE 7 TO S2\nENDIF"});
     for (const std::string& b : operands) all.push_back("STORE " + a + "<" + b + " TO S2");
-    all.push_back("IF " + a + "=V\nSTORE 7 TO S2\nENDIF");
   }
   return all;
 }
