@@ -2,6 +2,7 @@
 // it). With MOX_SEEDS it writes the target's seeds into that folder and ends.
 #include "fuzz.h"
 
+#include <algorithm>
 #include <cstdint>
 
 #include "run/run_expr.h"
@@ -102,13 +103,11 @@ Seeds KeySeeds() {
 }
 
 const FuzzTarget& Target() {
-  static const FuzzTarget& target = []() -> const FuzzTarget& {
-    const char* const name = std::getenv("MOX_TARGET");
-    for (const FuzzTarget& t : fuzzTargets)
-      if (name && std::string(name) == t.name) return t;
-    std::abort();
-  }();
-  return target;
+  const char* const name = std::getenv("MOX_TARGET");
+  const auto is = [&](const FuzzTarget& t) { return name && t.name == std::string(name); };
+  static const auto found = std::find_if(fuzzTargets.begin(), fuzzTargets.end(), is);
+  if (found == fuzzTargets.end()) std::abort();
+  return *found;
 }
 
 }  // namespace
