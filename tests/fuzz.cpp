@@ -51,21 +51,17 @@ void TableFile(const std::string& bytes) {
 }
 const std::string throughText = "USE T\nCOPY TO E STRUCTURE\nUSE E\n";
 void Keys(const std::string& bytes) {
-  static const char* const screens[] = {
-      "EDIT 2",
-      "BROWSE",
-      "MODIFY COMMAND P",
-      "MODIFY STRUCTURE",
-      "APPEND",
-      "CREATE E",
-      "@ 1,1 GET N : @ 2,1 GET A : @ 3,1 GET Y PICTURE \"A9!X\" : READ"};
+  static const Lines screens = split(
+      "EDIT 2|BROWSE|MODIFY COMMAND P|MODIFY STRUCTURE|APPEND|CREATE E|"
+      "@ 1,1 GET N : @ 2,1 GET A : @ 3,1 GET Y PICTURE \"A9!X\" : READ",
+      "|");
   Table();
   PutBytes("P.cmd", "? 1\n? 2\n");
   Do("USE T INDEX N,A");
   std::string typed = bytes.substr(std::min<size_t>(1, bytes.size()), 2000);
   std::replace(typed.begin(), typed.end(), '\x1A', 'x');    // a line that ends the input for good
   for (int i = 0; i < 300; ++i) typed += "\x17\n\n\x1B\n";  // ends whatever still asks
-  Do(screens[bytes.empty() ? 0 : (bytes[0] & 255) % std::size(screens)], typed);
+  Do(screens[bytes.empty() ? 0 : (bytes[0] & 255) % screens.size()], typed);
 }
 
 using Seeds = std::vector<std::string>;

@@ -58,7 +58,10 @@ TEST_F(Hostile, NoTableInUse) {
       "UPDATE FROM f ON A|? EOF|? *|? #|5",
       "|");
   std::string typed, told = ". ";
-  for (const std::string& s : statements) typed += s + '\n', told += "NO DATABASE FILE IN USE \n. ";
+  for (const std::string& s : statements) {
+    typed += s + '\n';
+    told += "NO DATABASE FILE IN USE \n. ";
+  }
   PutBytes("dir/f.txt", "a\n");
   EXPECT_EQ(Type(typed), told + '\n');
   EXPECT_EQ(std::distance(fs::directory_iterator("dir"), {}), 1);

@@ -137,8 +137,9 @@ struct Faults : testing::Test {
     SessionInit();
     PutBytes("R.txt", "ann,30\nbob,12\nbob,7\neve,41\ndan,5\numa,999\n");
     PutBytes("S.txt", "zoe,12\nkim,7\nlea,88\n");
-    PutBytes("X.txt", std::string(70000, 'o')), PutBytes("V.mem", "\x1A"),
-        PutBytes("P.cmd", "? 1\n");
+    PutBytes("X.txt", std::string(70000, 'o'));
+    PutBytes("V.mem", "\x1A");
+    PutBytes("P.cmd", "? 1\n");
     PutBytes("K.cmd", "DO WHILE .NOT. EOF\nREPLACE AGE WITH AGE+1\nSKIP\nENDDO\n");
     for (const std::string table : {"T", "S", "X"}) Do("CREATE " + table, "NAME,C,5\nAGE,N,4\n\n");
     for (int i = 0; i < 300; ++i) std::ofstream("W.txt", std::ios::app) << "w" << i << "\n";
@@ -439,13 +440,10 @@ struct Histories : Faults {
     const unsigned rno = rec();
     const bool areaB = any(3) == 0, broken = any(8) == 0;
     Record to = m.recs[rno - 1];
-    std::string text = "REPLACE ";
-    if (any(3)) {
-      to.name = std::string(1, "abez"[any(4)]) + "nob"[any(3)];
-      text += "NAME WITH \"" + to.name + "\", ";
-    }
+    if (any(3)) to.name = std::string(1, "abez"[any(4)]) + "nob"[any(3)];
     to.age = static_cast<int>(any(11)), to.blank = false;
-    text += "AGE WITH " + std::to_string(to.age) + (broken ? ", NAME WITH NOPE/2" : "");
+    const std::string text = StrFmt("REPLACE NAME WITH \"%s\", AGE WITH %d%s", to.name.c_str(),
+                                    to.age, broken ? ", NAME WITH NOPE/2" : "");
     Place(areaB, rno);
     if (any(4) == 0) OS_CountWait(), refuse = {1}, Do("DISPLAY"), refuse.k = 0;
     if (any(4) == 0) OS_CountWait(), refuse = {int(1 + any(9)), any(2) ? once : half};
@@ -485,7 +483,7 @@ struct Histories : Faults {
   void Mark() {
     const unsigned rno = rec();
     Place(false, rno);
-    bool& deleted = m.recs[rno - 1].deleted = any(3) != 0;
+    const bool deleted = m.recs[rno - 1].deleted = any(3) != 0;
     Told(deleted ? "DELETE" : "RECALL", false);
   }
   void Step() {
@@ -519,8 +517,8 @@ struct Histories : Faults {
 TEST_F(Histories, RecordsAndIndexesAreThoseOfTheModel) {
   const char* const wanted = std::getenv("MOX_HISTORIES");
   InChild([&] {
-    for (int seed = 1, last = wanted ? TxtToInt(wanted) : 30; seed <= last && !HasFailure();
-         ++seed) {
+    const int last = wanted ? TxtToInt(wanted) : 30;
+    for (int seed = 1; seed <= last && !HasFailure(); ++seed) {
       Open(static_cast<unsigned>(seed));
       for (int step = 1; step <= 40 && !HasFailure(); ++step) {
         SCOPED_TRACE(StrFmt("history %d, step %d", seed, step));
