@@ -1,6 +1,8 @@
 // The grammar and the compile driver: source text in, step text out.
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "lang/compile.h"
 #include "lang/mox_gmr.h"
 #include "run/run.h"
@@ -139,6 +141,10 @@ TEST(Compile, Limits) {
   const std::string all = File(cases + "|ENDCASE", 20000);
   for (int i = 1, target = 9; i < 1200; ++i, target += 5)
     EXPECT_NE(all.find("; JPF " + std::to_string(target) + "; "), all.npos) << i;
+  std::set<std::string> ends;  // the first CASE, and the end
+  for (size_t at = 0; (at = all.find("; JP ", at)) != all.npos; ++at)
+    ends.insert(all.substr(at, 9));
+  EXPECT_EQ(ends.size(), 2u);
   // Deep nesting and shared heads cost no time.
   std::string subscripts = "1";
   for (int i = 0; i < 30; ++i) subscripts = "A[" + subscripts + "]";

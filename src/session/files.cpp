@@ -114,9 +114,10 @@ bool ReadEnded(std::FILE* f, const std::string& path) {
 }
 
 bool TextReader::fill() {
-  constexpr size_t blockSize = 1 << 16;
-  block_.resize(blockSize);
-  block_.resize(std::fread(block_.data(), 1, blockSize, f_));
+  constexpr size_t few = 1 << 12, many = 1 << 16;
+  const size_t most = block_.size() < few ? few : many;  // mostly a file is small
+  block_.resize(most);
+  block_.resize(std::fread(block_.data(), 1, most, f_));
   at_ = 0;
   ended_ |= block_.empty();
   return !block_.empty();
