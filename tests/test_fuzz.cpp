@@ -1,18 +1,15 @@
 // The seeds of the fuzzers, whole and damaged by a fixed rule.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include "fuzz/targets.h"
+#include "fuzz.h"
 #include "temp_dir.h"
+#include "typed.h"
 
 TEST(Fuzz, SeedsWholeAndDamaged) {
   for (const FuzzTarget& target : fuzzTargets) {
     const TempDir folder;
-    std::fflush(stdout);
-    const pid_t child = fork();
-    if (child == 0) {
-      FuzzBegin();
+    const auto tries = [&] {
+      mox::SessionInit();
       std::mt19937 random(1);
       for (const std::string& seed : target.seeds())
         for (int i = 0; i < 12; ++i) {
@@ -22,10 +19,8 @@ TEST(Fuzz, SeedsWholeAndDamaged) {
           if (i % 4 == 3) bytes.resize(random() % (bytes.size() + 1));
           target.run(bytes);
         }
-      _exit(0);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0) << target.name;
+      return false;
+    };
+    EXPECT_EQ(mox::InChild(tries), 0) << target.name;
   }
 }

@@ -3,11 +3,9 @@
 
 #include <set>
 
-#include "lang/compile.h"
 #include "run/join.h"
-#include "run/prompt.h"
-#include "session/error.h"
 #include "session/options.h"
+#include "statements.h"
 #include "store/db.h"
 #include "temp_dir.h"
 #include "vars/vars.h"
@@ -23,11 +21,8 @@ const Lines operands = {
 void MakeTable() {
   DbfTable t;
   dbfCreate(t, "J");
-  dbfFld(t, 1, "N", 'N', 6, 2);
-  dbfFld(t, 2, "C", 'C', 4, 0);
-  dbfFld(t, 3, "L", 'L', 1, 0);
-  dbfFld(t, 4, "ODD", 'N', 5, 0);
-  dbfFld(t, 5, "QUO", 'N', 5, 0);
+  const int widths[] = {6, 4, 1, 5, 5};
+  for (int i = 0; i < 5; ++i) dbfFld(t, i + 1, operands[i], "NCLNN"[i], widths[i], i == 0 ? 2 : 0);
   dbfFld(t, 0, "", ' ', 0, 0);
   dbfAppend(t);
   t.row = "   1.50abc T1,2  \"1   ";
@@ -41,34 +36,25 @@ Lines Statements() {
   for (const std::string& a : operands) {
     for (const char* tail : {"", "+1", "-1.5", "*2", " .AND. B", " .OR. L", "+1 .AND. V"})
       all.push_back("STORE " + a + tail + " TO S2");
-    all.push_back("STORE .NOT. " + a + " TO S2");
-    all.push_back("STORE " + a + " TO NEW");
-    all.push_back("STORE LEN(" + a + ") TO S2");
-    for (const char* op : {"<", "<=", "=", "<>", ">=", ">"}) {
-      all.push_back("STORE " + a + op + "1.5 TO S2");
-      all.push_back("IF " + a + op + "2\nSTORE 7 TO S2\nENDIF");
-    }
+    all.insert(all.end(), {"STORE .NOT. " + a + " TO S2", "STORE " + a + " TO NEW",
+                           "STORE LEN(" + a + ") TO S2", "IF " + a + "=V\nSTORE 7 TO S2\nENDIF"});
+    for (const char* op : {"<", "<=", "=", "<>", ">=", ">"})
+      all.insert(all.end(),
+                 {"STORE " + a + op + "1.5 TO S2", "IF " + a + op + "2\nSTORE 7 TO S2\nENDIF"});
     for (const std::string& b : operands) all.push_back("STORE " + a + "<" + b + " TO S2");
-    all.push_back("IF " + a + "=V\nSTORE 7 TO S2\nENDIF");
   }
   return all;
-}
-
-Program Compiled(const std::string& statement) {
-  Lines lines = split(statement, "\n"), steps;
-  EXPECT_EQ(doCompile(true, lines, 1000, steps), cmpDone) << statement;
-  return CutSteps(std::move(steps));
 }
 
 // What a list leaves in the variables, and reports.
 std::string Left(const Program& program, const Program& before, bool traced) {
   VarClear();
   doRun(before);
-  if (traced) testing::internal::CaptureStdout();
+  testing::internal::CaptureStdout();
   g_opt[optR1] = traced;
   doRun(program);
   g_opt[optR1] = 0;
-  if (traced) testing::internal::GetCapturedStdout();
+  testing::internal::GetCapturedStdout();
   std::string left = errnum != errNone ? errmsg.value_or("") : "";
   for (int i = 0; i < VarCount(); ++i) {
     left += '|' + *VarName(i) + '=' + VarGetI2(i, 0, 0).text();
@@ -85,10 +71,11 @@ TEST(Join, DoesWhatItsStepsDo) {
   g_opt[optTALK] = 0;
   ASSERT_EQ(dbOpen(0, "J"), 0);
   const Program before =
-      Compiled("STORE 2.5 TO V\nSTORE \"abc\" TO S\nSTORE T TO B\nSTORE 0 TO S2\nCOUNT TO W");
+      Compiled("STORE 2.5 TO V\nSTORE \"abc\" TO S\nSTORE T TO B\nSTORE 0 TO S2\nCOUNT TO W", true);
   std::set<const JoinRow*> met;
   for (const std::string& statement : Statements()) {
-    const Program program = Compiled(statement);
+    const Program program = Compiled(statement, true);
+    ASSERT_FALSE(program.empty()) << statement;
     for (const Step& step : program)
       if (step.joint) met.insert(step.joint->row);
     ASSERT_EQ(Left(program, before, false), Left(program, before, true)) << statement;

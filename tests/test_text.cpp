@@ -1,6 +1,7 @@
-// Text and number helpers, and text files.
+// Texts, numbers and values, and text files.
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -8,6 +9,7 @@
 #include "session/misc.h"
 #include "session/number.h"
 #include "session/strreplace.h"
+#include "session/value.h"
 #include "temp_dir.h"
 
 namespace mox {
@@ -61,7 +63,7 @@ TEST(Number, SixByteForm) {
   EXPECT_EQ(d2bcd6(12.5), (Bcd6{0x41, 0x12, 0x50, 0, 0, 0}));
   EXPECT_EQ(d2bcd6(-12.5), (Bcd6{0xC1, 0x12, 0x50, 0, 0, 0}));
   EXPECT_EQ(d2bcd6(0), (Bcd6{0x40, 0, 0, 0, 0, 0}));
-  EXPECT_EQ(bcd2d6(d2bcd6(1.23456789019)), 1.234567890);
+  EXPECT_EQ(bcd2d6(d2bcd6(1.2345678906)), 1.234567890);
   for (const double x : {-0.001, 9999999999., 1e63, -1e-64}) EXPECT_EQ(bcd2d6(d2bcd6(x)), x);
   EXPECT_TRUE(std::isfinite(bcd2d6(d2bcd6(1e300))));
   EXPECT_TRUE(std::isfinite(bcd2d6({0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF})));
@@ -87,19 +89,76 @@ TEST(Files, LinesOfTextFiles) {
     EXPECT_EQ(ReadLines("t"), lines) << bytes;
   }
   EXPECT_FALSE(ReadLines("."));
+}
 
-  // Numbered files.
-  PutBytes("t", "one\n\x1A");
-  FpCloseAll();
-  EXPECT_EQ(FpFreeFile() + FpPrintTxt(0, ""), 2);
-  EXPECT_EQ(FpOpen(1, "t", "rb"), -1);
-  EXPECT_EQ(FpOpen(2, ".", "rb"), -3);
-  EXPECT_EQ(FpOpen(2, "t", "rb"), 0);
-  EXPECT_EQ(FpLineInput(2), "one");
-  EXPECT_FALSE(FpLineInput(2));
-  EXPECT_TRUE(FpEOF(2));
-  FpCloseAll();
-  EXPECT_EQ(FpClose(2), -2);
+// Values of the operand stack: what a value knows is what its text reads as.
+
+namespace {
+
+// A value read from its text alone is the same in every way that shows.
+void ExpectAsRead(const Value& value) {
+  const std::string text = Value(value).text();  // of a copy: the value itself makes none
+  const Value read(text);
+  const double x = value.number(), asRead = TxtToDbl(text);
+  EXPECT_TRUE(x == asRead && std::signbit(x) == std::signbit(asRead)) << text;
+  EXPECT_EQ(value.holds(), TxtToInt(text) != 0) << text;
+  const auto shown = [](const Typ& typ, const Value& v) {
+    return StrFmt("%c%d.%d %d ", typ.type, typ.length, typ.decimals, L_FmVTLD(v)) + fmtExpr(v);
+  };
+  EXPECT_EQ(shown(value.typ(), value), shown(GetTyp(text), read)) << text;
+}
+
+// Numbers of every kind that a session meets.
+double Any(std::mt19937_64& random) {
+  const double whole = random() >> 20, small = random() % 9;
+  switch (random() % 6) {
+    case 0: return std::bit_cast<double>(random());
+    case 1: return static_cast<double>(random() % 2000) - 1000;
+    case 2: return (whole - 1e13) / std::pow(10, random() % 15);
+    case 3: return whole / static_cast<double>(random() % 1000 + 1);
+    case 4: return std::pow(10, random() % 17) - std::pow(10, -small);
+    default: return std::nextafter(static_cast<double>(random() % 100000) / 1000, 0);
+  }
+}
+
+}  // namespace
+
+TEST(Value, KnowsWhatItsTextReadsAs) {
+  std::mt19937_64 random{1};
+  for (int i = 0; i < 20000; ++i) {
+    const double x = Any(random);
+    const auto decimals = static_cast<int>(random() % 12);
+    const Value value = N_ToVTLD(x, i % 2 ? 10 : -1, decimals);
+    ASSERT_EQ(Value(value).text().substr(0, Value(value).text().find(',')), FmtSci(x, 15));
+    ExpectAsRead(value);
+    ExpectAsRead(Value::ofDigits(FmtFix(x, 12, decimals), 12, decimals));
+    EXPECT_EQ(FixLength(x, 9, decimals),
+              StrFmt("%*.*f", 9, decimals, std::isfinite(x) ? x : 0).size())
+        << x << ' ' << decimals;
+    if (HasFailure()) return;
+  }
+  // Its text reads as the number's neighbour.
+  const double neighbour = 0.00001 * 0.000001;
+  EXPECT_NE(N_ToVTLD(neighbour, 9, 2).number(), neighbour);
+  EXPECT_EQ(N_ToVTLD(neighbour, 9, 2).text(), FmtSci(neighbour, 15) + ",N,9,2");
+  for (const double x : {0., -0., 0.5, -0.5, 1e15, 5e-324, HUGE_VAL})
+    ExpectAsRead(N_ToVTLD(x, 5, 1));
+}
+
+TEST(Value, DigitsStayAsTheyAre) {
+  for (const char* digits :
+       {"", "5", "-5", "-0", "-0.00", "007", "  12.50", "1E3", ".5", "0.9", "YES",
+        "123456789012345", "1234567890123456", "999999999999999999999"}) {
+    const Value value = Value::ofDigits(digits, 6, 2);
+    EXPECT_EQ(Value(value).text(), std::string(digits) + ",N,6,2");
+    ExpectAsRead(value);
+  }
+  // A damaged field's text means what it meant.
+  EXPECT_EQ(Value::ofDigits("1,2", 5, 0).text(), "1,2,N,5,0");
+  EXPECT_EQ(Value::ofDigits("\"1", 5, 0).typ().type, 'C');
+  for (const bool truth : {false, true}) ExpectAsRead(L_ToVTLD(truth));
+  for (const int n : {0, -1, 99999}) ExpectAsRead(Value::ofCount(n));
+  for (const char* bare : {"Y", "n", "2", " 2.5 ", "NAME", ""}) ExpectAsRead(Value(bare));
 }
 
 }  // namespace mox
