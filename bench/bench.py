@@ -294,7 +294,7 @@ def workloads():
         Row("a block of 1,000 lines at the prompt",
             "SET TALK OFF\nSTORE 0 TO i\nDO WHILE i<998\n" + "STORE i+1 TO i\n" * 998 +
             "ENDDO\n? i\n", answer=shown(r"(998)"), each=False),
-        Row("start to end", "", sql="", each=False),
+        Row(START, "", sql="", each=False),
     ]
     for row in rows:
         row.mox += "QUIT\n"
@@ -353,8 +353,12 @@ def able(row, runners):
     return [r for r in runners if r.command(row)]
 
 
-def chosen(args):
-    return [row for row in workloads() if args.only.lower() in row.title.lower()]
+START = "start to end"
+
+
+def chosen(args, *always):
+    return [row for row in workloads()
+            if args.only.lower() in row.title.lower() or row.title in always]
 
 
 def times(args, program, other):
@@ -432,8 +436,7 @@ def sizes(args, program, other):
 
     def measure():
         return {(row.title, r): statistics.median(r.time(row) for _ in range(args.runs))
-                for row in chosen(args) if row.each or row.title == "start to end"
-                for r in runners}
+                for row in chosen(args, START) if row.each or row.title == START for r in runners}
 
     took = [in_folder(n, program, measure) for n in ladder]
     print("%-36s" % "milliseconds above the start" +
@@ -441,7 +444,7 @@ def sizes(args, program, other):
     for row in chosen(args):
         if row.each:
             print("%-36s" % row.title + "".join(
-                "%10.1f" % (t[row.title, r] - t["start to end", r]) for r in runners for t in took))
+                "%10.1f" % (t[row.title, r] - t[START, r]) for r in runners for t in took))
 
 
 def main():
