@@ -1,15 +1,11 @@
-// Whole sessions, typed at the real program: one test for each case of tests/sessions/*.txt.
+// Whole sessions, typed at the real program: one test for each case of tests/sessions/*.txt. Lines
+// that begin with "== " are directives; lines ahead of the first are free comment, and afterwards
+// every line counts, to the blank.
 //
-// A session file is text with directives, lines that begin with "== ". Lines before the first are
-// free comment; afterwards every line counts, to the blank, empty ones too.
-//
-//   == case TITLE         begins a case, in a fresh folder of its own that goes away with it. The
-//                         test is called session.FILE / TITLE, with a comma for each of -:;#*? in
-//                         it.
-//   == file NAME          the lines that follow become that file, each with a line feed; a folder
-//                         in front of its name is made.
-//   == bytes NAME         pairs of hex digits, with blanks between, become that file; 00*513 is so
-//                         many of a pair, today the day, month and year in three bytes.
+//   == case TITLE         begins session.FILE / TITLE, in a fresh folder; -:;#*? become commas.
+//   == file NAME          the lines that follow become that file; a folder in its name is made.
+//   == bytes NAME         pairs of hex digits become that file; 00*513 is so many of a pair, today
+//                         the day, month and year in three bytes.
 //   == copy PATH          copies a file (named from the repository's root) into the folder.
 //   == mox [ARGS]         runs the program; the lines that follow are what a person would see.
 //   == show NAME          the lines that follow are the file's text (carriage returns left out).
@@ -18,19 +14,14 @@
 //   == same PATH          the file has the bytes of the one that was copied from there.
 //   == absent NAME        there is no such file.
 //
-// In what a person sees, a line that begins with ". " or "> " is a prompt with what was typed
-// behind it: the prompt is expected, the rest is typed with a line feed. A lone "." or ">" is a
-// prompt at which an empty line is typed. Any other line is expected with its line feed. Text
-// between « and » is typed and not seen, where \n is Enter and \e Escape: SINGLE STEP  Y:=STEP«Y».
-// A line of output that looks like a prompt or a directive begins with «». DD/MM/YY is today's
-// date.
+// What stands behind a prompt, ". " or "> " at a line's begin, is typed with a line feed, as is
+// text between « and », where \n is Enter and \e Escape. A lone "." or ">" is a prompt with an
+// empty line. A line of output that looks like a prompt or a directive begins with «». DD/MM/YY is
+// today.
 //
-// Without ARGS the banner is expected first and isn't repeated in the file; and unless what is
-// typed at the last prompt has the word QUIT in it, the input ends after the transcript, and a
-// last prompt with a line feed is expected. The program must end with status 0 within 20 seconds
-// and leave standard error empty. The environment variable MOX_PROGRAM names another program to run
-// than the one just built, as one for another host in its launcher. The first failure ends its
-// case; the next case runs all the same.
+// Without ARGS the banner comes first, and unless the last prompt's line has the word QUIT in it,
+// the input ends and leaves a prompt. The program must end with status 0 within 20 seconds, silent
+// on standard error. The environment variable MOX_PROGRAM names another program to run.
 
 #include <gtest/gtest.h>
 
@@ -43,6 +34,7 @@
 #include <sstream>
 #include <vector>
 
+#include "session/strreplace.h"
 #include "session_run.h"
 #include "temp_dir.h"
 
@@ -88,12 +80,6 @@ std::string Unhex(const std::string& pairs) {
   return bytes;
 }
 
-// Key names in typed text become the keys.
-std::string Keys(const std::string& text) {
-  static const std::regex enter(R"(\\n)"), escape(R"(\\e)");
-  return std::regex_replace(std::regex_replace(text, enter, "\n"), escape, "\x1b");
-}
-
 Outcome DoMox(const Section& s) {
   static const std::regex quit(".*\\bquit\\b.*", std::regex::icase), unseen("«(.*?)»");
   std::string input, expected = s.rest.empty() ? kBanner : "";
@@ -109,12 +95,12 @@ Outcome DoMox(const Section& s) {
     std::string& plain = prompt ? input : expected;
     for (std::smatch found; std::regex_search(line, found, unseen); line = found.suffix().str()) {
       plain += found.prefix();
-      input += Keys(found[1]);
+      input += mox::str_replace(mox::str_replace(found.str(1), "\\n", "\n"), "\\e", "\x1b");
     }
     plain += line + '\n';
   }
   if (s.rest.empty() && !quits) expected += ". \n";
-  expected = std::regex_replace(expected, std::regex("DD/MM/YY"), Today("%d/%m/%y"));
+  expected = mox::str_replace(expected, "DD/MM/YY", Today("%d/%m/%y"));
   PutBytes("in", input);
   const char* other = std::getenv("MOX_PROGRAM");
   const std::string ending = RunProgram(

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <regex>
 #include <set>
@@ -65,8 +63,8 @@ std::vector<Lines> Blocks(const Lines& body, const std::string& word) {
 Lines Names(const Lines& list) {
   Lines names;
   for (const std::string& line : list)
-    for (std::string name : split(line, ","))
-      if (!(name = dlb(trim(name))).empty()) names.push_back(name);
+    for (const std::string& name : split(line, ","))
+      if (!isBlank(name)) names.emplace_back(dlb(dtb(name)));
   return names;
 }
 
@@ -104,8 +102,7 @@ TEST(Help, EachNameHasATopic) {
   const std::regex groupLine(" [A-Z][a-z]+: +.*");
   for (const std::string& line : main) {
     if (!std::regex_match(line, groupLine) || line.size() <= listColumn) continue;
-    std::string group = line.substr(1, line.find(':') - 1);
-    wanted.insert(strUpper(group));
+    wanted.insert(strUpper(line.substr(1, line.find(':') - 1)));
     for (const std::string& name : Names({line.substr(listColumn)})) listed.insert(TopicOf(name));
   }
   EXPECT_GT(listed.size(), 80u);
@@ -149,10 +146,10 @@ TEST(Help, EachFunctionAndReservedWordIsListed) {
   }
   names.insert(functions.begin(), functions.end());
   const std::regex word("[A-Z0-9]+(\\(\\))?");
+  const std::regex list("   ([A-Z0-9 ()]*|[A-Z][a-z]+:.*)");
   for (const char* topic : {"FUNCTIONS", "NAMES"})
     for (const std::string& line : topics.at(topic))
-      if (line.starts_with("   ") &&
-          std::regex_match(line, std::regex("[A-Z0-9 ()]*|   [A-Z][a-z]+:.*")))
+      if (std::regex_match(line, list))
         for (std::sregex_iterator it(line.begin(), line.end(), word), end; it != end; ++it)
           if (it->str().size() > 1) words.insert(it->str());
   EXPECT_EQ(Difference(words, names), Lines()) << "missing in #FUNCTIONS or #NAMES, or only there";
@@ -162,8 +159,7 @@ TEST(Help, EachFunctionAndReservedWordIsListed) {
     for (const std::string& line : body)
       if (topic.starts_with("FUNCTIONS-") && std::regex_match(line, call, head))
         told.insert(call.str(1) + ")");
-  EXPECT_EQ(Difference(told, functions), Lines())
-      << "has no lines in #FUNCTIONS-..., or only there";
+  EXPECT_EQ(Difference(told, functions), Lines()) << "missing in #FUNCTIONS-..., or only there";
 }
 
 // Each example is a command file, in a folder that has what the examples name; what it asks for is
@@ -176,8 +172,7 @@ TEST(Help, ExamplesRun) {
       "APPEND BLANK : APPEND BLANK : APPEND BLANK : APPEND BLANK\n"
       "COPY TO stock : COPY TO orders : COPY TO prices : COPY TO newones : COPY TO newlist\n"
       "COPY TO people.csv SDF DELIMITED : COPY TO list.txt SDF : COPY TO clients : COPY TO keep\n"
-      "COPY TO people.txt SDF : COPY TO sheet.csv SDF DELIMITED WITH "
-      "\";\"\n"
+      "COPY TO people.txt SDF : COPY TO sheet.csv SDF DELIMITED WITH \";\"\n"
       "INDEX ON NAME TO names : INDEX ON AGE TO ages : INDEX ON TOWN TO bytown\n"
       "INDEX ON CLIENT TO byclient : STORE \"2026-11-23\" TO DAY\n"
       "STORE 1 TO N : STORE 2 TO M : SAVE TO mydata\n";
@@ -226,8 +221,7 @@ TEST(Help, EachMessageIsExplained) {
       "DATABASE FILES +# .*|INDEXES: .*|SINGLE STEP .*");
   std::string explained;
   for (const auto& [topic, body] : ReadHelp())
-    if (topic.starts_with("ERRORS"))
-      for (const std::string& line : body) explained += line + '\n';
+    if (topic.starts_with("ERRORS")) explained += Joined(body);
   const std::regex literal(R"re("(?:\\n)?([^"\\%]*)(?:\\n)?")re"),
       message(R"([ *]*[A-Z'][A-Z'0-9]*[ ,*]+[A-Z'()2]+[^a-z]*|.*ERROR.*|.*dBASE.*)");
   int messages = 0;
