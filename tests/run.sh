@@ -17,7 +17,8 @@ test -s here.dbf
 cp -r "$root/examples" kept
 "$root/run" "$out/kept/tour.cmd" >tour
 grep -q 'THE PEOPLE' tour
+grep -q '^16921.500000 $' tour
 "$root/run" "$out/kept/stock/STOCK" >stock
 grep -q '^00004  SMITH *161.75 $' stock
-cmp "$root/examples/people.dbf" kept/people.dbf
+for table in people orders; do cmp "$root/examples/$table.dbf" "kept/$table.dbf"; done
 cmp "$root/examples/stock/PARTS.dbf" kept/stock/PARTS.dbf

@@ -1,26 +1,19 @@
-// The sort of whole tables, and numbers in fields.
+// The sort of whole tables.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "session/number.h"
 #include "statements.h"
 #include "store/db.h"
 #include "temp_dir.h"
 
 namespace mox {
-namespace {
-
-struct Tables : testing::Test {
-  Tables() { SessionInit(); }
-  ~Tables() override { dbInit(); }
-
-  TempDir dir;
-  std::mt19937 random{7};
-};
 
 // Texts that few records share, in no order.
-TEST_F(Tables, SortOfAnySize) {
+TEST(Tables, SortOfAnySize) {
+  const TempDir dir;
+  std::mt19937 random{7};
+  SessionInit();
   for (int n : {0, 1, 8, 9, 1000}) {
     std::string text;
     for (int i = 0; i < n; ++i) text += StrFmt("%6dthe same%-5d\n", i, int(random() % (n + 1)));
@@ -48,24 +41,4 @@ TEST_F(Tables, SortOfAnySize) {
   }
 }
 
-// A number that stands in a text as its field prints it isn't read first: nobody may see that.
-TEST_F(Tables, NumbersInFields) {
-  DbfTable t;
-  ASSERT_EQ(0, dbfCreate(t, "N"));
-  const int widths[] = {6, 8, 20, 20}, decimals[] = {0, 2, 15, 17};
-  for (int i = 0; i < 4; ++i) dbfFld(t, i + 1, "F", 'N', widths[i], decimals[i]);
-  for (int turn = 0; turn < 20000; ++turn) {
-    std::string text;
-    for (unsigned n = random() % 12; n > 0; --n) text += "  -+..00129e"[random() % 12];
-    if (turn % 2) text = FmtFix(static_cast<double>(random() % 2001) - 1000, 9, random() % 18);
-    for (int i = 0; i < 4; ++i) {
-      fldput(t, i, text);
-      std::string stored = FmtFix(TxtToDbl(text), widths[i], decimals[i]);
-      stored.resize(static_cast<size_t>(widths[i]), ' ');
-      ASSERT_EQ(stored, fldget(t, i)) << text;
-    }
-  }
-}
-
-}  // namespace
 }  // namespace mox
