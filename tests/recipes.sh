@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# Runs the recipes of docs/moving-data.md in a folder of their own, and compares what each prints with
-# the text that stands below it, but for blanks at the ends of lines, and quotes, which versions of
-# sqlite3 set differently. Without sqlite3 there is nothing to run.
+# Runs the recipes of docs/moving-data.md, and compares what each prints with the text below it, but
+# for blanks at the ends of lines, and quotes, which versions of sqlite3 set differently.
 #   recipes.sh FOLDER    where the program is
 set -euo pipefail
 root=$(cd -P "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)

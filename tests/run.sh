@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# Tries the script run: it builds the program, without a word where no terminal is, starts it in the
-# current folder, which has no help of its own, and the program enters the folder of a command file.
-# The examples that it runs leave the working tree as it is.
+# Tries the script run: it builds the program, without a word where no terminal is, and starts it in
+# the current folder. The examples that it runs leave their tables as they are.
 set -euo pipefail
 root=$(cd -P "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 out=$(mktemp -d)

@@ -1,5 +1,4 @@
-// What no person types: the program takes any input and ends with status 0, silent on its error
-// stream.
+// What no person types: the program ends with status 0, silent on its error stream.
 #include <gtest/gtest.h>
 
 #include "session/misc.h"

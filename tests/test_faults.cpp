@@ -99,8 +99,6 @@ State Look() {
   return state;
 }
 
-// --- The session, in this process.
-
 enum How { once, half, on, onHalf, killed };
 // What the host refuses: the k-th use of a file, or all from it on; of a write half of it or none.
 struct Refuse {
@@ -168,8 +166,6 @@ struct Faults : testing::Test {
     OS_CountWait();
   }
 };
-
-// --- Refusals.
 
 struct Statement {
   const char *text, *typed = "", *before = "";

@@ -1,5 +1,4 @@
-// Long histories of adds, deletes, searches and walks against an ordered multimap, with a check of
-// the file behind each phase.
+// Long histories of an index against an ordered multimap, the file checked behind each phase.
 
 #include <gtest/gtest.h>
 

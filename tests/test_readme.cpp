@@ -2,7 +2,6 @@
 // the program if they begin with a prompt: what stands behind ". ", "> " and " 001     " is typed,
 // and what stands behind "| " into a form or an editor; all else is expected. Blanks at the ends of
 // lines don't count, and what a form or an editor draws is left out.
-#if __has_include(<unistd.h>)
 #include <gtest/gtest.h>
 
 #include <regex>
@@ -49,4 +48,3 @@ TEST(Readme, SessionsAreTrue) {
   }
   EXPECT_EQ(runs, 3);
 }
-#endif
