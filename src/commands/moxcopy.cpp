@@ -39,8 +39,7 @@ void _copyDBFflds(int area, const std::vector<FieldPair>& pairs, DbfTable& t) {
 int _copyRecord(const std::vector<FieldPair>& pairs, DbfTable& t) {
   if (const int result = dbfBegin(t); result != 0) return result;
   _copyDBFflds(selectedArea, pairs, t);
-  const int result = dbfReplace(t);
-  return result == 0 ? dbfCount(t) : result;
+  return dbfAdd(t);
 }
 
 std::vector<FieldPair> _appendPairs(const DbfTable& source) {

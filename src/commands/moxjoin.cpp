@@ -76,8 +76,7 @@ int _addPair(DbfTable& t, const std::vector<JoinField>& fields) {
   if (const int result = dbfBegin(t); result != 0) return result;
   int to = 0;
   for (const JoinField& f : fields) fldput(t, to++, dbVal(f.area, f.field));
-  const int result = dbfReplace(t);
-  return result == 0 ? dbfCount(t) : result;
+  return dbfAdd(t);
 }
 
 // The fields of a condition "field of one area = field of the other"; a text when the left one is.

@@ -37,27 +37,20 @@ void _addRecord(const std::vector<int>& fields, std::string_view delimiter, std:
     if (&field != &fields[0]) text += delimiter;
     std::string_view value = dbVal(selectedArea, field);
     if (delimiter == commaForm) value = dlb(dtb(value));
-    if (delimiter != commaForm || field < 0 || dbTyp(selectedArea, field) != 'C')
-      text += value;
-    else if (value.find('"') == value.npos)
-      text.append(1, '"').append(value) += '"';
-    else
+    if (delimiter == commaForm && field >= 0 && dbTyp(selectedArea, field) == 'C')
       text += s2qs(value);
+    else
+      text += value;
   }
   text += '\n';
 }
 
-// An empty value leaves its field blank. Mostly no quote stands inside a quoted one.
+// An empty value leaves its field blank.
 void _setDelimited(const std::vector<std::string_view>& values) {
   const int n = std::min(static_cast<int>(values.size()), dbCOLS(selectedArea));
-  for (int i = 0; i < n; ++i) {
-    std::string_view value = values[i];
-    if (value.empty()) continue;
-    if (value[0] == '"' && value.find('"', 1) == value.size() - 1)
-      value = value.substr(1, value.size() - 2);
-    const bool plain = value.find('"') == value.npos;
-    dbSetVal(selectedArea, i, plain ? value : std::string_view(qs2s(value)));
-  }
+  std::string room;
+  for (int i = 0; i < n; ++i)
+    if (!values[i].empty()) dbSetVal(selectedArea, i, qs2s(values[i], room));
 }
 
 // Each field is given the whole rest of the line and takes what it reads there.

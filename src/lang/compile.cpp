@@ -104,18 +104,14 @@ void _doSetP(std::string_view operands) {
   VarDim(strUpper(word[0]), TxtToInt(word[1]), TxtToInt(word[2]));
 }
 
-bool _hasPrefix(std::string_view step, std::string_view prefix) {
-  return !step.empty() && step[0] == prefix[0] && step.starts_with(prefix);
-}
-
 // Takes the labels out of the list and notes them, and declares arrays.
 void Pass1(CompileState& state, Lines& steps) {
   ATClear(state);
   size_t to = 0;
   for (std::string& step : steps) {
-    if (_hasPrefix(step, "LBL ")) {
+    if (step.starts_with("LBL ")) {
       ATAdd(state, dlb(std::string_view(step).substr(4)), static_cast<int>(to));
-    } else if (_hasPrefix(step, "SETP ")) {
+    } else if (step.starts_with("SETP ")) {
       _doSetP(std::string_view(step).substr(5));
     } else {
       std::swap(steps[to++], step);
@@ -129,7 +125,7 @@ void Pass1(CompileState& state, Lines& steps) {
 void Pass2(const CompileState& state, std::string_view prefix, std::string_view newPrefix,
            Lines& steps) {
   for (std::string& step : steps) {
-    if (!_hasPrefix(step, prefix)) continue;
+    if (!step.starts_with(prefix)) continue;
     const std::string label(dlb(std::string_view(step).substr(prefix.size())));
     const int target = ATLookup(state, label);
     if (target < 0) {

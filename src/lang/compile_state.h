@@ -5,10 +5,33 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace mox {
 
 constexpr int maxBlocks = 20;  // control blocks open at once
+
+// What matched at a stretch of tokens (mox_gmr.cpp): one repetition of an item, the tokens
+// from..to, and for a rule the node of its row; a matched row, whose matches are consecutive.
+struct GrammarRow;
+struct GrammarMatch {
+  int item;
+  int from, to;
+  int node;
+};
+struct GrammarNode {
+  const GrammarRow* row;
+  int to;
+  int firstMatch, matchCount;
+};
+
+// The room of a parse, kept from one line to the next for its memory.
+struct ParseRoom {
+  std::vector<int> known;  // node, none or unknown, by rule and cursor
+  std::vector<GrammarNode> nodes;
+  std::vector<GrammarMatch> matches;  // of finished rows
+  std::vector<GrammarMatch> trying;   // of rows under way, the innermost last
+};
 
 struct CompileState {
   std::string_view curline;  // the source line that is being compiled; the caller's text
@@ -23,6 +46,8 @@ struct CompileState {
 
   // The address table (addrtbl.h): labels and their step numbers.
   std::unordered_map<std::string, int> at;
+
+  ParseRoom parse;
 };
 
 // Reports a syntax error: the text (mostly empty), a line feed, and the line with its number.

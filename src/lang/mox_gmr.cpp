@@ -22,37 +22,12 @@ const Grammar& _grammar() {
 
 // --- Matching.
 
-// One repetition of an item: the tokens from..to, and for a rule the node of its row.
-struct Match {
-  int item;
-  int from, to;
-  int node;
-};
-
-// A matched row; its matches are consecutive.
-struct Node {
-  const GrammarRow* row;
-  int to;
-  int firstMatch, matchCount;
-};
-
-// The room of a parse, kept from one to the next for its memory.
-struct ParseRoom {
-  std::vector<int> known;  // node, none or unknown, by rule and cursor
-  std::vector<Node> nodes;
-  std::vector<Match> matches;  // of finished rows
-  std::vector<Match> trying;   // of rows under way, the innermost last
-};
+using Match = GrammarMatch;
+using Node = GrammarNode;
 
 class Parse {
  public:
-  Parse(CompileState& state, const Tokens& tokens, ParseRoom& room)
-      : state_(state),
-        tokens_(tokens),
-        known_(room.known),
-        nodes_(room.nodes),
-        matches_(room.matches),
-        trying_(room.trying) {
+  Parse(CompileState& state, const Tokens& tokens) : state_(state), tokens_(tokens) {
     known_.assign(static_cast<size_t>(ruleCount * (tokens.count() + 1)), unknown);
     nodes_.clear();
     matches_.clear();
@@ -78,10 +53,10 @@ class Parse {
 
   CompileState& state_;
   const Tokens& tokens_;
-  std::vector<int>& known_;
-  std::vector<Node>& nodes_;
-  std::vector<Match>& matches_;
-  std::vector<Match>& trying_;
+  std::vector<int>& known_ = state_.parse.known;
+  std::vector<Node>& nodes_ = state_.parse.nodes;
+  std::vector<Match>& matches_ = state_.parse.matches;
+  std::vector<Match>& trying_ = state_.parse.trying;
 };
 
 int Parse::rule(Rule r, int cursor) {
@@ -211,8 +186,7 @@ void Parse::render(int number, std::string& text) const {
 }
 
 int _compile(Rule rule, CompileState& state, int& cursor, const Tokens& tokens, std::string& text) {
-  static ParseRoom room;
-  Parse parse(state, tokens, room);
+  Parse parse(state, tokens);
   const int node = parse.rule(rule, cursor);
   if (node < 0) return 0;
   text.clear();

@@ -15,7 +15,7 @@ namespace mox {
 namespace {
 
 bool _done(Run& run, const Joint& j) {
-  run.pc += j.steps;
+  run.pc += static_cast<int>(j.row->steps.size());
   return true;
 }
 
@@ -160,7 +160,6 @@ Value _number(std::string_view text) {
 std::shared_ptr<Joint> _joint(const JoinRow& row, const Step* step) {
   const auto joint = std::make_shared<Joint>();
   joint->row = &row;
-  joint->steps = static_cast<int>(row.steps.size());
   for (const char letter : row.steps) {
     switch (letter) {
       case 'N':

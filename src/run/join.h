@@ -29,7 +29,6 @@ extern const std::span<const JoinRow> g_joins;
 
 struct Joint {
   const JoinRow* row;
-  int steps = 0;
   Name name;        // the last that the steps read or store into
   Name other;       // one before it
   Value value;      // that they push

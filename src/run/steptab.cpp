@@ -146,6 +146,15 @@ constexpr std::string_view quietSteps[] = {
     "NEG",   "NOT",   "OR",   "POW",      "PUTV",   "S2N",    "SELECT", "SETFLD",
     "SKIP",  "STORE", "SUB",  "UPDREC0",  "UPDREC2"};
 
+static_assert(std::is_sorted(std::begin(quietSteps), std::end(quietSteps)) &&
+                  std::all_of(std::begin(quietSteps), std::end(quietSteps),
+                              [](std::string_view word) {
+                                return std::any_of(
+                                    std::begin(steps), std::end(steps),
+                                    [word](const StepEntry& e) { return e.word == word; });
+                              }),
+              "each is the word of a row, and is looked up by binary search");
+
 }  // namespace
 
 const std::span<const StepEntry> g_steps = steps;

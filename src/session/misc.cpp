@@ -104,6 +104,13 @@ std::string qs2s(std::string_view quoted) {
   }
 }
 
+std::string_view qs2s(std::string_view quoted, std::string& room) {
+  const std::string_view text = quoted.substr(quoted.starts_with('"'));
+  const size_t quote = std::min(text.find('"'), text.size());
+  const bool doubled = text.substr(quote).starts_with("\"\"");
+  return doubled ? std::string_view(room = qs2s(quoted)) : text.substr(0, quote);
+}
+
 std::string s2qs(std::string_view text) {
   std::string quoted;
   quoted.reserve(text.size() + 2);

@@ -39,6 +39,8 @@ Lines split(std::string_view text, std::string_view separator);
 // Quoted string form: a double quote, the text with each double quote doubled, a double quote.
 // qs2s also takes a text without a leading quote; a lone quote ends the content.
 std::string qs2s(std::string_view quoted);
+// The same, where it stands; in room when a quote inside is doubled.
+std::string_view qs2s(std::string_view quoted, std::string& room);
 std::string s2qs(std::string_view text);
 
 // Word scanners: put one word of at most max bytes into word and return the index of the first

@@ -148,8 +148,8 @@ int dbFileInfo(const std::string& filename, int& records, std::string& date) {
 std::string_view dbVal(int area, int field) { return fldget(_table(area), field); }
 
 int dbSetVal(int area, int field, std::string_view value) {
-  if (value.find('"') == value.npos) return fldput(_table(area), field, value);
-  return fldput(_table(area), field, qs2s(value));
+  std::string room;
+  return fldput(_table(area), field, qs2s(value, room));
 }
 
 const std::string& dbRow(int area) { return dbfRow(_table(area)); }

@@ -466,13 +466,17 @@ int dbfCount(DbfTable& t) {
 }
 
 // The record goes to the file before the count that covers it.
+int dbfAdd(DbfTable& t) {
+  const int result = dbfReplace(t);
+  return result == 0 ? dbfCount(t) : result;
+}
+
 int dbfAppend(DbfTable& t) {
   const int recno = t.recno;
   std::string row = dbfRow(t);
   int result = dbfBegin(t);
   if (result != 0) return result;
-  result = dbfReplace(t);
-  if (result == 0) result = dbfCount(t);
+  result = dbfAdd(t);
   if (result == 0) return 0;
   _dbfPutEndMark(t);
   t.adding = t.changing = false;
@@ -535,7 +539,7 @@ int dbfLetGo(DbfTable& t, int& lost) {
     lost = static_cast<int>(rows.size() - i);
     if (dbfBegin(t) != 0) break;
     dbfSetRow(t, rows[i]);
-    if (dbfReplace(t) != 0 || dbfCount(t) != 0) {
+    if (dbfAdd(t) != 0) {
       dbfRevert(t);
       break;
     }

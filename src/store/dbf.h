@@ -142,10 +142,11 @@ std::string dbfStored(DbfTable& t);
 // (dbfCantWrite) leaves the file as it was.
 //
 // A record that shall never be there half filled begins with dbfBegin: blank, behind the last one,
-// in row alone. dbfReplace then writes it, dbfCount makes it a record of the table, and dbfRevert
-// or a move, in place of either, drops it; dbfRevert goes to the last record.
+// in row alone. dbfReplace then writes it, dbfCount makes it a record of the table, dbfAdd does
+// both, and dbfRevert or a move, in place of either, drops it; dbfRevert goes to the last record.
 int dbfBegin(DbfTable& t);
 int dbfCount(DbfTable& t);
+int dbfAdd(DbfTable& t);
 int dbfReplace(DbfTable& t);
 int dbfAppend(DbfTable& t);
 int dbfRemove(DbfTable& t);
